@@ -1,0 +1,35 @@
+# The two commands a developer needs: `make run` and `make test`.
+BUILD_DIR     ?= build
+SAN_BUILD_DIR ?= build-san
+BUILD_TYPE    ?= RelWithDebInfo
+JOBS          ?= $(shell nproc)
+WERROR        := $(if $(CI),ON,OFF)
+CMAKE_FLAGS   := -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DMERIDON_WERROR=$(WERROR)
+RUN_ARGS      ?= --world demo
+
+.PHONY: all setup build run test sanitize-test clean
+
+all: build
+
+setup:
+	@scripts/setup
+
+$(BUILD_DIR)/build.ninja:
+	cmake -S . -B $(BUILD_DIR) $(CMAKE_FLAGS)
+
+build: setup $(BUILD_DIR)/build.ninja
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+
+run: build
+	cd $(BUILD_DIR)/root && ./meridon $(RUN_ARGS)
+
+test: build
+	ctest --test-dir $(BUILD_DIR) --output-on-failure -j $(JOBS)
+
+sanitize-test: setup
+	cmake -S . -B $(SAN_BUILD_DIR) $(CMAKE_FLAGS) -DCMAKE_BUILD_TYPE=Debug -DMERIDON_SANITIZE=ON -DMERIDON_BENCHMARKS=OFF
+	cmake --build $(SAN_BUILD_DIR) -j $(JOBS)
+	ctest --test-dir $(SAN_BUILD_DIR) --output-on-failure -j $(JOBS)
+
+clean:
+	rm -rf $(BUILD_DIR) $(SAN_BUILD_DIR)

@@ -1,0 +1,49 @@
+// The example module, client side: MERIDON_example.GAME_Mod.so.
+//
+// A module is a folder modules/<name>/ holding up to one library per class: <name>.GAME_Init.so (start-up),
+// <name>.GAME_Mod.so (client game, input, renderer stages), <name>.SERVER_Mod.so (server tick, player traffic) and
+// <name>.MERIDON_Mod.so (content). The name is "VENDOR_module": it becomes the module's ModuleID, which tags
+// everything the module owns, so pick a vendor word of your own.
+//
+// The game finds each hook by its symbol name. Include modules/ModuleApi.h and define the hooks you need with
+// C linkage; the header holds every hook's declaration, so a wrong signature is a compile error. Every hook is
+// optional.
+
+#include "modules/ModuleApi.h"
+
+#include "game/Game.h"
+
+#include <atomic>
+
+namespace {
+std::atomic<long> framesSeen = 0;
+}
+
+// Called once when the library opens. The registry of this class is locked meanwhile: set up your own state here
+// and leave other modules alone.
+extern "C" void ModuleLoad() {
+    framesSeen = 0;
+}
+
+// Where this module runs in each sorted list: lower first, 0 by default. The launcher sorts "update", "render",
+// "post", "overlay" and "ui" once, after loading.
+extern "C" int ModuleSort(char const* listName) {
+    (void)listName;
+    return 0;
+}
+
+extern "C" void Game_Start() {}
+
+// The game loop, once per pass, for modules of the "update" list. The argument is the smoothed frame time in
+// seconds. Runs on the game loop thread; other threads hand work to it with Game::Synchronize.
+extern "C" void Game_Update(double smoothedFrameSeconds) {
+    (void)smoothedFrameSeconds;
+    ++framesSeen;
+}
+
+// The input loop in play mode (Game::_inputMode 1).
+extern "C" void Input_Update_Play(double deltaSeconds) {
+    (void)deltaSeconds;
+}
+
+extern "C" void Game_Stop() {}

@@ -1,0 +1,35 @@
+// The example module, server side: MERIDON_example.SERVER_Mod.so. See ExampleGame.cpp for how modules are found.
+
+#include "modules/ModuleApi.h"
+
+#include "game/Game.h"
+
+#include <iostream>
+#include <string>
+
+namespace {
+std::string world;
+long ticks = 0;
+double worldSeconds = 0.0;
+}
+
+// The launcher names the world before the first tick.
+extern "C" void Server_Load(char const* worldName) {
+    world = worldName;
+}
+
+// First thing in every server tick, before any entity moves.
+extern "C" void Server_BeforeUpdate(double deltaSeconds) {
+    worldSeconds += deltaSeconds;
+}
+
+// Last thing in every server tick, after physics: the place to send state to players.
+extern "C" void Server_GameUpdate(double) {
+    ++ticks;
+}
+
+extern "C" void ModuleUnload() {
+    if (ticks > 0)
+        std::cout << "MERIDON_example: " << ticks << " server ticks, " << worldSeconds << " s of world '" << world
+                  << "'" << std::endl;
+}

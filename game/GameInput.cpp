@@ -1,0 +1,106 @@
+// Game's input mode, mouse look, the input loop bodies and the device look-ups.
+
+#include "game/Game.h"
+
+#include "engine/graphics/Window.h"
+#include "game/input/Joystick.h"
+#include "modules/GAME_Mod.h"
+
+#include <imgui.h>
+
+namespace {
+// GLFW's numbers, which the window interface speaks.
+constexpr int kCursorMode = 0x33001;
+constexpr int kCursorNormal = 0x34001;
+constexpr int kCursorDisabled = 0x34003;
+
+using JoystickPtr = std::shared_ptr<game::input::Joystick>;
+
+/// The index-th connected device that passes `accept`, in joystick-number order.
+template <class Accept>
+JoystickPtr FindDevice(int index, Accept&& accept) {
+    for (auto const& [number, device] : Game::_joysticks) {
+        if (!device || !device->connected || !accept(*device))
+            continue;
+        if (index-- == 0)
+            return device;
+    }
+    return nullptr;
+}
+
+bool IsJoystick(game::input::Joystick const& device) {
+    return !device.gamepad && device.axisCount > 1;
+}
+
+bool MatchesGuid(game::input::Joystick const& device, std::string const& guid) {
+    return guid.empty() || device.IsSameGUID(guid);
+}
+}
+
+// ---- Input loop ----------------------------------------------------------------------------------------------------
+
+void Game::InputUpdate(double dt) {
+    GAME_Mod::CallHooks(&GAME_Mod::Input_Update, dt);
+}
+
+void Game::InputUpdate_Play(double dt) {
+    GAME_Mod::CallHooks(&GAME_Mod::Input_Update_Play, dt);
+}
+
+void Game::InputUpdate_Station(double dt) {
+    GAME_Mod::CallHooks(&GAME_Mod::Input_Update_Station, dt);
+}
+
+// ---- Input mode ----------------------------------------------------------------------------------------------------
+
+void Game::SetMouseLook(bool on) {
+    if (!window || _mouseLook == on)
+        return;
+    if (on && window->IsFocused()) {
+        window->SetInputMode(kCursorMode, kCursorDisabled);
+        window->SetCursorPos(0.0, 0.0);
+        if (ImGui::GetCurrentContext())
+            ImGui::SetWindowFocus(nullptr);
+        _mouseLook = true;
+        return;
+    }
+    window->SetInputMode(kCursorMode, kCursorNormal);
+    _mouseLook = false;
+}
+
+void Game::SetInputMode_Ui() {
+    SetMouseLook(false);
+    _inputMode = 0;
+}
+
+void Game::SetInputMode_Play() {
+    SetMouseLook(true);
+    _inputMode = 1;
+}
+
+void Game::SetInputMode_Station() {
+    SetMouseLook(true);
+    _inputMode = 2;
+}
+
+// ---- Devices -------------------------------------------------------------------------------------------------------
+
+JoystickPtr Game::GetFirstJoystick() {
+    return FindDevice(0, IsJoystick);
+}
+
+JoystickPtr Game::GetFirstGamepad() {
+    return FindDevice(0, [](auto const& device) { return device.gamepad; });
+}
+
+JoystickPtr Game::GetJoystick(int index) {
+    return FindDevice(index, IsJoystick);
+}
+
+JoystickPtr Game::GetJoystick(std::string const& guid, int index) {
+    return FindDevice(index, [&](auto const& device) { return IsJoystick(device) && MatchesGuid(device, guid); });
+}
+
+JoystickPtr Game::GetGamepad(std::string const& guid, int index) {
+    return FindDevice(index, [&](auto const& device) { return device.gamepad && MatchesGuid(device, guid); });
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "engine/filesystem/ConfigFile.h"
+
+#include <string>
+#include <vector>
+
+/// What the launcher runs: read from "launcher.ini" in the game folder, then overridden from the command line.
+struct LauncherConfig {
+    /// Names whose GAME_Init, GAME_Mod and SERVER_Mod libraries are loaded, whichever of them each folder holds.
+    std::vector<std::string> modules;
+    /// Content modules (MERIDON_Mod), handed to the game, which loads them at start.
+    std::vector<std::string> mods;
+    std::string world = "default";
+    /// A dedicated server: no window, no client modules, no input loop.
+    bool server = false;
+    /// Loop rates in passes per second; 0 runs a loop as fast as it can.
+    double renderHz = 60.0;
+    double gameHz = 60.0;
+    double inputHz = 120.0;
+    double serverHz = 30.0;
+    int serverSubsteps = 4;
+    /// Quit after this many server ticks (game passes when not hosting); 0 runs until asked to quit.
+    long ticks = 0;
+    /// Quit after this many seconds; 0 runs until asked to quit.
+    double seconds = 0.0;
+    /// Print what was loaded, and the status line even when the output is no terminal.
+    bool verbose = false;
+
+    /// Reads the [launcher] section of `path`; a missing file keeps the defaults.
+    void ReadFile(std::string const& path);
+};
+
+/// Splits "a, b,c" into {"a", "b", "c"}, dropping empty names.
+std::vector<std::string> SplitNames(std::string const& text);

@@ -1,0 +1,152 @@
+// The launcher: owns the process and the loops, and drives the game library through Game's entry points.
+
+#include "CommandLine.h"
+#include "LoopThread.h"
+#include "ModuleSetup.h"
+#include "StatusLine.h"
+
+#include "game/Game.h"
+#include "modules/GAME_Init.h"
+#include "modules/SERVER_Mod.h"
+
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <ctime>
+#include <filesystem>
+#include <iostream>
+
+namespace {
+
+/// SIGINT and SIGTERM are blocked in every thread and taken by the main thread with sigtimedwait, so quitting
+/// runs as ordinary code rather than inside a signal handler.
+sigset_t BlockQuitSignals() {
+    sigset_t quitSignals;
+    sigemptyset(&quitSignals);
+    sigaddset(&quitSignals, SIGINT);
+    sigaddset(&quitSignals, SIGTERM);
+    pthread_sigmask(SIG_BLOCK, &quitSignals, nullptr);
+    return quitSignals;
+}
+
+void CreateWorldFolders(std::string const& world) {
+    std::filesystem::create_directories("../Meridon-data/server/worlds/" + world + "/entities");
+}
+
+std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config) {
+    std::vector<std::unique_ptr<LoopThread>> loops;
+    auto ticksLeft = std::make_shared<std::atomic<long>>(config.ticks);
+    // With --ticks, the loop that counts quits the game after its last pass.
+    auto countPass = [ticksLeft, limited = config.ticks > 0] {
+        if (limited && --*ticksLeft <= 0)
+            Game::Quit();
+    };
+
+    bool countGamePasses = !Game::_is_server;
+    loops.push_back(std::make_unique<LoopThread>("game", config.gameHz, Game::gameFramerate, [=](double dt) {
+        Game::Update(dt);
+        Game::ClientUpdate();
+        if (countGamePasses)
+            countPass();
+        return true;
+    }));
+    if (!config.server) {
+        loops.push_back(std::make_unique<LoopThread>("input", config.inputHz, Game::inputFramerate, [](double dt) {
+            Game::InputUpdate(dt);
+            if (Game::_inputMode == 2)
+                Game::InputUpdate_Station(dt);
+            else
+                Game::InputUpdate_Play(dt);
+            return true;
+        }));
+    }
+    if (Game::_is_server) {
+        // The server steps by a fixed time so that the simulation does not depend on how the thread was scheduled.
+        double step = config.serverHz > 0 ? 1.0 / config.serverHz : 0.0;
+        int substeps = config.serverSubsteps;
+        loops.push_back(std::make_unique<LoopThread>("server", config.serverHz, Game::serverFramerate,
+                                                     [=](double dt) {
+                                                         Game::ServerUpdate(step > 0 ? step : dt, substeps);
+                                                         countPass();
+                                                         return true;
+                                                     }));
+    }
+    return loops;
+}
+
+/// Waits for the loops to end: a quit signal, --seconds running out, or a loop quitting the game. Redraws the
+/// status line once a second.
+void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
+               std::vector<std::unique_ptr<LoopThread>> const& loops) {
+    bool showStatus = config.verbose || isatty(STDOUT_FILENO);
+    auto start = std::chrono::steady_clock::now();
+    auto nextStatus = start + std::chrono::seconds(1);
+    while (Game::isActive) {
+        timespec wait{0, 50'000'000};
+        if (sigtimedwait(&quitSignals, nullptr, &wait) > 0) {
+            Game::Quit();
+            break;
+        }
+        auto now = std::chrono::steady_clock::now();
+        if (config.seconds > 0 && now - start >= std::chrono::duration<double>(config.seconds))
+            Game::Quit();
+        if (showStatus && now >= nextStatus) {
+            std::cout << '\r' << StatusLine(loops) << "\x1b[K" << std::flush;
+            nextStatus += std::chrono::seconds(1);
+        }
+    }
+    if (showStatus)
+        std::cout << std::endl;
+}
+
+}
+
+int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);
+    sigset_t quitSignals = BlockQuitSignals();
+
+    LauncherConfig config;
+    std::string configPath = "launcher.ini";
+    if (auto exitCode = ApplyCommandLine(argc, argv, config, configPath))
+        return *exitCode;
+
+    Game::_is_server = true;
+    Game::_current_world = config.world;
+    Game::_mods = config.mods;
+    try {
+        CreateWorldFolders(config.world);
+    } catch (std::exception const& error) {
+        std::cerr << "meridon: cannot create the world folders of '" << config.world << "': " << error.what() << std::endl;
+        return 1;
+    }
+
+    if (!LoadLauncherModules(config.modules, config.server, config.verbose)) {
+        UnloadLauncherModules();
+        return 2;
+    }
+    SortGameModules();
+    GAME_Init::CallHooks(&GAME_Init::SplashBegin);
+
+    bool failed = false;
+    Game::isActive = true;
+    try {
+        Game::Start();
+        SERVER_Mod::CallHooks(&SERVER_Mod::Server_Load, config.world.c_str());
+        Game::Ready();
+        GAME_Init::CallHooks(&GAME_Init::SplashEnd);
+
+        auto loops = StartLoops(config);
+        Supervise(config, quitSignals, loops);
+        for (auto& loop : loops) {
+            loop->Join();
+            failed |= loop->Failed();
+        }
+        Game::Stop();
+    } catch (std::exception const& error) {
+        std::cerr << "meridon: " << error.what() << std::endl;
+        failed = true;
+    }
+    UnloadLauncherModules();
+    return failed ? 1 : 0;
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+// The one header a module includes. It declares every hook of every module class with C linkage and default
+// visibility, so a module that defines a hook with the wrong arguments fails to compile instead of misbehaving at
+// run time. Define only the hooks the module needs, in the library of the class that calls them:
+//
+//     #include "modules/ModuleApi.h"
+//     extern "C" void Game_Update(double smoothedFrameSeconds) { ... }   // in <name>.GAME_Mod.so
+//
+// Every module class also fetches these, all optional:
+//     ModuleLoad()      right after the library is opened, with the registry of its class locked: do not load,
+//                       unload or iterate modules of that class from here.
+//     ModuleUnload()    right before the library is closed.
+//     ModuleSort(list)  the module's place in the sorted list `list`; lower runs first, 0 when absent.
+//     ModuleSetCustomPtr(pointer) / ModuleGetCustomPtr()  a pointer the launcher or other modules may exchange.
+//
+// Hooks run on the launcher's loop threads, under the shared side of their class's registry lock.
+
+#include "modules/GAME_Init.h"
+#include "modules/GAME_Mod.h"
+#include "modules/MERIDON_Mod.h"
+#include "modules/SERVER_Mod.h"
+
+MERIDON_GAME_INIT_HOOKS(MERIDON_HOOK_EXPORT)
+MERIDON_GAME_MOD_HOOKS(MERIDON_HOOK_EXPORT)
+MERIDON_SERVER_MOD_HOOKS(MERIDON_HOOK_EXPORT)
+MERIDON_MERIDON_MOD_HOOKS(MERIDON_HOOK_EXPORT)
+MERIDON_HOOK_EXPORT(ModuleLoad, void, ())
+MERIDON_HOOK_EXPORT(ModuleUnload, void, ())
+MERIDON_HOOK_EXPORT(ModuleSort, int, (char const* listName))
+MERIDON_HOOK_EXPORT(ModuleSetCustomPtr, void, (void* pointer))
+MERIDON_HOOK_EXPORT(ModuleGetCustomPtr, void*, ())
+extern "C" __attribute__((visibility("default"))) uint32_t const _MERIDON_Mod_VERSION;

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "engine/SharedMutex.h"
+#include "engine/modular/ModuleID.h"
+#include "game/Export.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+/// A hook table lists its hooks once, as HOOK(symbol, result, (arguments)); these turn the list into fields,
+/// symbol look-ups and, for module authors, checked declarations of the exported functions.
+#define MERIDON_HOOK_FIELD(symbol, result, arguments) result(*symbol) arguments = nullptr;
+#define MERIDON_HOOK_FETCH(symbol, result, arguments) fetch(symbol, #symbol);
+#define MERIDON_HOOK_EXPORT(symbol, result, arguments) \
+    extern "C" __attribute__((visibility("default"))) result symbol arguments;
+
+namespace modules {
+
+/// The one shape shared by the four module classes: a plug-in library opened from
+/// "modules/<name>/<name>.<CLASS>.so", its hooks fetched by symbol into nullable function pointers, and a
+/// registry per class. `Self` is the module class, `Hooks` its hook table. Every hook may be null; call sites test it.
+///
+/// Locking: hooks run under the shared side of the registry lock, ModuleLoad and the load and unload callbacks
+/// under the exclusive side. A hook must not load or unload a module of its own class, nor may ModuleLoad call
+/// the registry of its class: either deadlocks.
+template <class Self, class Hooks>
+class MERIDON_EXPORT ModuleClass : public Hooks {
+public:
+    using Ptr = std::shared_ptr<Self>;
+
+    ModuleClass(std::string const& name, std::string const& path);
+    virtual ~ModuleClass();
+    ModuleClass(ModuleClass const&) = delete;
+    ModuleClass& operator=(ModuleClass const&) = delete;
+
+    quorl::modular::ModuleID id;
+    std::string name;
+    /// The library file: the path given to the constructor with ".so" appended.
+    std::string path;
+    /// Last write of the file in milliseconds of the file clock; 0.0 when there was no file.
+    double file_time = 0.0;
+    void* handle = nullptr;
+    /// Why dlopen failed; null for an open module.
+    char const* error = nullptr;
+
+    /// Called once when the library has been opened, and once before it is closed.
+    void (*ModuleLoad)() = nullptr;
+    void (*ModuleUnload)() = nullptr;
+    /// The module's place in a sorted list: lower comes first. Read by the launcher's comparator.
+    int (*ModuleSort)(char const* listName) = nullptr;
+    /// A pointer the launcher or another module may hand to this module, and read back.
+    void (*ModuleSetCustomPtr)(void* pointer) = nullptr;
+    void* (*ModuleGetCustomPtr)() = nullptr;
+
+    /// Opens modules/<name>/<name>.<CLASS>.so, or returns the module already loaded under that name.
+    static Ptr LoadModule(std::string const& name, bool reportErrors);
+    /// Opens `path` + ".so" under the key <name>.<className>. Null when it cannot be opened; the reason goes to the
+    /// load-error callback only if reportErrors is set.
+    static Ptr LoadModuleLib(std::string const& name, std::string const& className, bool reportErrors,
+                             std::string path);
+    static Ptr GetModule(std::string const& name);
+    /// Forgets the module and removes it from every sorted list; the library closes when the last pointer goes.
+    static void UnloadModule(std::string const& name);
+    /// Forgets every module and every sorted list, without calling the unload callback.
+    static void UnloadModules();
+    static size_t Count();
+    /// The exclusive side of the registry lock, already held: nothing loads or iterates until it is released.
+    static std::unique_lock<quorl::SharedMutex> GetLock();
+
+    /// Calls `function` for every loaded module, in the registry's own order.
+    static void ForEachModule(std::function<void(Ptr&)> const& function);
+    /// Calls `function` for every module of the list made by the last SortModules(listName); an unsorted list is
+    /// empty. A new list name must be used from one thread at a time, as this creates the list under the shared lock.
+    static void ForEachSortedModule(char const* listName, std::function<void(Ptr&)> const& function);
+    /// Rebuilds a named list from all loaded modules in the order of `less`. Modules loaded later join the list
+    /// only at its next sort.
+    static void SortModules(char const* listName, std::function<bool(Ptr, Ptr)> const& less);
+
+    static void ModulesSetLoadCallback(std::function<void(Ptr)> const& callback);
+    static void ModulesSetUnloadCallback(std::function<void(Ptr)> const& callback);
+    static void ModulesSetLoadErrorCallback(std::function<void(char const*)> const& callback);
+
+    /// Calls one hook of every module that has it: CallHooks(&GAME_Mod::Game_Start).
+    template <class Hook, class... Arguments>
+    static void CallHooks(Hook Hooks::*hook, Arguments... arguments) {
+        ForEachModule([&](Ptr& module) {
+            if (auto function = (*module).*hook)
+                function(arguments...);
+        });
+    }
+    /// Calls one hook of every module of a sorted list, in list order.
+    template <class Hook, class... Arguments>
+    static void CallSortedHooks(char const* listName, Hook Hooks::*hook, Arguments... arguments) {
+        ForEachSortedModule(listName, [&](Ptr& module) {
+            if (auto function = (*module).*hook)
+                function(arguments...);
+        });
+    }
+
+private:
+    std::string _errorText;
+
+    static std::unordered_map<std::string, Ptr> _loadedModules;
+    static std::unordered_map<std::string, std::vector<Ptr>> _loadedSortedModules;
+    static std::function<void(Ptr)> _modulesLoadCallback;
+    static std::function<void(Ptr)> _modulesUnloadCallback;
+    static std::function<void(char const*)> _modulesLoadErrorCallback;
+    static quorl::SharedMutex _mutexForLoadedModules;
+};
+
+}

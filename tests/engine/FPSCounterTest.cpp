@@ -1,0 +1,45 @@
+#include "engine/FPSCounter.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+using quorl::FPSCounter;
+
+TEST(FPSCounterTest, StartsAtFullLoadAndNoRate) {
+    FPSCounter counter(0.5);
+    EXPECT_EQ(counter.Load(), 1.0);
+    EXPECT_EQ(counter.TicksPerSecond(), 0.0);
+    EXPECT_EQ(counter.FrameTime(), 0.0);
+    EXPECT_EQ(counter.Tick(), 0.0);
+}
+
+TEST(FPSCounterTest, PublishesRateAndLoadAfterAPeriod) {
+    FPSCounter counter(0.05);
+    counter.Tick();
+    auto start = std::chrono::steady_clock::now();
+    int ticks = 0;
+    // Busy for about a quarter of each pass: the load lands well below 1 and above 0 whatever the machine's speed.
+    while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(80)) {
+        {
+            auto busy = counter.Busy();
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        counter.Tick();
+        ++ticks;
+    }
+    EXPECT_GT(counter.TicksPerSecond(), 0.0);
+    EXPECT_GT(counter.Load(), 0.0);
+    EXPECT_LT(counter.Load(), 0.9);
+    EXPECT_GT(counter.FrameTime(), 0.0);
+}
+
+TEST(FPSCounterTest, TickReturnsTimeSinceThePreviousTick) {
+    FPSCounter counter(10.0);
+    counter.Tick();
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    double dt = counter.Tick();
+    EXPECT_GE(dt, 0.005);
+    EXPECT_EQ(dt, counter.FrameTime());
+}

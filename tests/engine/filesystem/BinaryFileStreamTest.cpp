@@ -1,0 +1,170 @@
+#include "engine/filesystem/BinaryFileStream.h"
+#include "engine/filesystem/WriteOnlyStream.h"
+
+#include "TempDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+using quorl::filesystem::BinaryFileStream;
+using quorl::filesystem::WriteOnlyStream;
+using testing::HasSubstr;
+
+namespace {
+
+template <class Action>
+std::string ErrorOf(Action action) {
+    try {
+        action();
+    } catch (std::runtime_error const& error) {
+        return error.what();
+    }
+    return "no exception";
+}
+
+class BinaryFileStreamTest : public testing::Test {
+protected:
+    TempDirectory directory;
+    std::string path = directory.File("world.sav");
+};
+
+/// Writes values of many sizes, so that some fit the buffer, some fill it exactly and some exceed it.
+void WriteSave(BinaryFileStream& out) {
+    out.Write(uint8_t{1});
+    out.Write(uint32_t{0xdeadbeef});
+    out.Write(std::string("name of the world"));
+    WriteOnlyStream chunk(0);
+    chunk.Write(std::string(5000, 'v'));
+    out.Write(chunk);
+    out.Write(std::string(""));
+    out.Write(-2.5);
+}
+
+void ExpectSave(BinaryFileStream& in) {
+    uint8_t version = 0;
+    uint32_t magic = 0;
+    std::string name, empty = "x";
+    double number = 0;
+    in.Read(version);
+    in.Read(magic);
+    in.Read(name);
+    auto chunk = in.ReadStream();
+    in.Read(empty);
+    in.Read(number);
+    std::string voxels;
+    chunk.Read(voxels);
+    EXPECT_EQ(version, 1);
+    EXPECT_EQ(magic, 0xdeadbeef);
+    EXPECT_EQ(name, "name of the world");
+    EXPECT_EQ(voxels, std::string(5000, 'v'));
+    EXPECT_EQ(empty, "");
+    EXPECT_EQ(number, -2.5);
+    EXPECT_EQ(in.Remaining(), 0u);
+}
+
+TEST_F(BinaryFileStreamTest, SaveFileRoundTripsWithAnyBufferSize) {
+    for (unsigned long bufferSize : {0ul, 1ul, 4ul, 17ul, 1024ul, 1ul << 20}) {
+        SCOPED_TRACE(bufferSize);
+        {
+            BinaryFileStream out(path, bufferSize);
+            WriteSave(out);
+            out.Flush();
+        }
+        BinaryFileStream in(path, bufferSize);
+        ExpectSave(in);
+    }
+}
+
+TEST_F(BinaryFileStreamTest, MatchesTheMemoryStreamByteForByte) {
+    WriteOnlyStream memory(0);
+    memory.Write(uint16_t{513});
+    memory.Write(std::string("abc"));
+    {
+        BinaryFileStream file(path, 1024);
+        file.Write(uint16_t{513});
+        file.Write(std::string("abc"));
+        EXPECT_EQ(file.Position(), memory.Size());
+    }
+    auto content = ReadFile(path);
+    EXPECT_EQ(std::vector<unsigned char>(content.begin(), content.end()), memory.Bytes());
+}
+
+TEST_F(BinaryFileStreamTest, DestructorFlushesWhatWasWritten) {
+    {
+        BinaryFileStream out(path, 1024);
+        out.Write(uint32_t{7});
+    }
+    EXPECT_EQ(ReadFile(path), std::string("\x07\0\0\0", 4));
+}
+
+TEST_F(BinaryFileStreamTest, OpeningAMissingFileForReadingNamesThePath) {
+    BinaryFileStream in(path, 1024);
+    uint8_t value = 0;
+    auto error = ErrorOf([&] { in.Read(value); });
+    EXPECT_THAT(error, HasSubstr("\"" + path + "\""));
+    EXPECT_THAT(error, HasSubstr("No such file or directory"));
+}
+
+TEST_F(BinaryFileStreamTest, OpeningForWritingInAMissingFolderNamesThePath) {
+    auto missing = directory.File("no-such-folder/world.sav");
+    BinaryFileStream out(missing, 1024);
+    auto error = ErrorOf([&] { out.Write(uint8_t{1}); });
+    EXPECT_THAT(error, HasSubstr("\"" + missing + "\" for writing"));
+}
+
+TEST_F(BinaryFileStreamTest, ReadingPastTheEndNamesThePath) {
+    WriteFile(path, std::string("\x01\x02\x03", 3));
+    BinaryFileStream in(path, 2);
+    uint16_t first = 0;
+    in.Read(first);
+    uint32_t second = 0;
+    EXPECT_EQ(ErrorOf([&] { in.Read(second); }),
+              "read of 4 bytes past the end of stream \"" + path + "\" at offset 2 of 3");
+    uint8_t last = 0;
+    in.Read(last);
+    EXPECT_EQ(last, 3);
+}
+
+TEST_F(BinaryFileStreamTest, CorruptLengthInAFileIsRefusedBeforeAllocating) {
+    WriteFile(path, std::string("\0\0\0\0\0\0\0\x10xyz", 11));
+    BinaryFileStream in(path, 1024);
+    std::string text;
+    EXPECT_THAT(ErrorOf([&] { in.Read(text); }),
+                HasSubstr("read of 1152921504606846976 bytes past the end of stream \"" + path + "\""));
+}
+
+TEST_F(BinaryFileStreamTest, TheFirstUseDecidesTheDirection) {
+    WriteFile(path, "data");
+    BinaryFileStream in(path, 1024);
+    uint8_t value = 0;
+    in.Read(value);
+    EXPECT_THAT(ErrorOf([&] { in.Write(uint8_t{1}); }), HasSubstr("is open for reading"));
+    EXPECT_EQ(ReadFile(path), "data");
+
+    BinaryFileStream out(directory.File("new.sav"), 1024);
+    out.Write(uint8_t{1});
+    EXPECT_THAT(ErrorOf([&] { out.Read(value); }), HasSubstr("is open for writing"));
+}
+
+TEST_F(BinaryFileStreamTest, AFileStreamCannotBeNested) {
+    BinaryFileStream file(path, 1024);
+    WriteOnlyStream out(0);
+    EXPECT_THAT(ErrorOf([&] { out.Write(file); }), HasSubstr("\"" + path + "\" cannot be nested"));
+}
+
+TEST_F(BinaryFileStreamTest, FullDiskIsReportedByFlushAndByTheDestructor) {
+    testing::internal::CaptureStderr();
+    {
+        BinaryFileStream out("/dev/full", 1024);
+        out.Write(uint64_t{1});
+        auto error = ErrorOf([&] { out.Flush(); });
+        EXPECT_THAT(error, HasSubstr("\"/dev/full\""));
+        EXPECT_THAT(error, HasSubstr("No space left on device"));
+    }
+    auto reported = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(reported, HasSubstr("\"/dev/full\": No space left on device; 8 buffered bytes lost"));
+}
+
+}

@@ -1,0 +1,526 @@
+#include "engine/filesystem/ConfigFile.h"
+
+#include "TempDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <sys/stat.h>
+
+using quorl::filesystem::ConfigFile;
+using testing::HasSubstr;
+
+namespace {
+
+/// A settings file as the game's would be: typed fields, a hidden debug switch, two written sections.
+class Settings : public ConfigFile {
+public:
+    using ConfigFile::ConfigFile;
+
+    void ReadConfig() override {
+        ReadFromINI("general", General(), true);
+        ReadFromINI("controls", Controls(), true);
+        ReadFromINI("debug", {{this, "debug_window", &debugWindow, CONF_BOOL}}, false);
+    }
+    void WriteConfig() override {
+        WriteToINI("general", General());
+        WriteToINI("controls", Controls());
+    }
+
+    std::string name = "player";
+    bool fullscreen = false;
+    int volume = 50;
+    float fov = 90.0f;
+    InputBinding jump;
+    bool debugWindow = false;
+
+private:
+    std::vector<Conf> General() {
+        return {
+            {this, "name", &name, CONF_STRING},
+            {this, "fullscreen", &fullscreen, CONF_BOOL},
+            {this, "volume", &volume, CONF_INT},
+            {this, "fov", &fov, CONF_FLOAT},
+        };
+    }
+    std::vector<Conf> Controls() { return {{this, "jump", &jump, CONF_INPUT_BINDING}}; }
+};
+
+class ConfigFileTest : public testing::Test {
+protected:
+    /// Reads `content` as settings.ini and returns what was printed on stderr meanwhile.
+    std::string ReadSettings(std::string const& content) {
+        WriteFile(path, content);
+        testing::internal::CaptureStderr();
+        settings.ReadConfig();
+        return testing::internal::GetCapturedStderr();
+    }
+
+    TempDirectory directory;
+    std::string path = directory.File("settings.ini");
+    Settings settings{path};
+};
+
+// Reading
+
+TEST_F(ConfigFileTest, ReadsEveryFieldType) {
+    auto errors = ReadSettings("[general]\n"
+                               "name = Ada Lovelace\n"
+                               "fullscreen = true\n"
+                               "volume = -7\n"
+                               "fov = 72.5\n"
+                               "[controls]\n"
+                               "jump = key=32 gamepad_button=0\n"
+                               "[debug]\n"
+                               "debug_window = on\n");
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(settings.name, "Ada Lovelace");
+    EXPECT_TRUE(settings.fullscreen);
+    EXPECT_EQ(settings.volume, -7);
+    EXPECT_FLOAT_EQ(settings.fov, 72.5f);
+    EXPECT_EQ(settings.jump.key, 32);
+    EXPECT_EQ(settings.jump.gamepad_button, 0);
+    EXPECT_TRUE(settings.debugWindow);
+}
+
+TEST_F(ConfigFileTest, ReadsEveryBoolSpellingInAnyCase) {
+    for (auto [text, expected] : {std::pair{"TRUE", true}, {"Yes", true}, {"on", true}, {"1", true},
+                                  {"false", false}, {"NO", false}, {"Off", false}, {"0", false}}) {
+        settings.fullscreen = !expected;
+        ReadSettings(std::string("[general]\nfullscreen = ") + text + "\n");
+        EXPECT_EQ(settings.fullscreen, expected) << text;
+    }
+}
+
+TEST_F(ConfigFileTest, MissingFileOrKeysLeaveDefaultsQuietly) {
+    testing::internal::CaptureStderr();
+    settings.ReadConfig();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(settings.volume, 50);
+
+    auto errors = ReadSettings("[general]\nname = Ada\n");
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(settings.name, "Ada");
+    EXPECT_EQ(settings.volume, 50);
+    EXPECT_FLOAT_EQ(settings.fov, 90.0f);
+}
+
+TEST_F(ConfigFileTest, ReadsOnlyTheNamedSectionAndTheLastOfRepeatedKeys) {
+    ReadSettings("volume = 1\n"
+                 "[audio]\n"
+                 "volume = 2\n"
+                 "[general]\n"
+                 "volume = 3\n"
+                 "volume = 4\n"
+                 "[other]\n"
+                 "volume = 5\n");
+    EXPECT_EQ(settings.volume, 4);
+}
+
+TEST_F(ConfigFileTest, ValueIsTheTrimmedRestOfTheLine) {
+    ReadSettings("# comment\n"
+                 "; another\n"
+                 "  [ general ]  \n"
+                 "   name\t=  a = b # not a comment ; either  \n");
+    EXPECT_EQ(settings.name, "a = b # not a comment ; either");
+}
+
+TEST_F(ConfigFileTest, ReadsCrlfFilesWithByteOrderMark) {
+    ReadSettings("\xEF\xBB\xBF[general]\r\nname = Ada\r\nvolume = 9\r\n");
+    EXPECT_EQ(settings.name, "Ada");
+    EXPECT_EQ(settings.volume, 9);
+}
+
+TEST_F(ConfigFileTest, MalformedLinesAreReportedOnceAndTheRestIsRead) {
+    auto errors = ReadSettings("[general]\n"
+                               "name = Ada\n"
+                               "this line has no equals sign\n"
+                               "volume = 12\n"
+                               "[controls\n"
+                               "jump = key=1\n"
+                               "[debug]\n"
+                               "= 5\n"
+                               "debug_window = yes\n");
+    EXPECT_EQ(CountOccurrences(errors, path + ":3:"), 1u) << errors;
+    EXPECT_EQ(CountOccurrences(errors, path + ":5:"), 1u) << errors;
+    EXPECT_EQ(CountOccurrences(errors, path + ":6:"), 1u) << errors;
+    EXPECT_EQ(CountOccurrences(errors, path + ":8:"), 1u) << errors;
+    EXPECT_EQ(CountOccurrences(errors, "\n"), 4u) << errors;
+    EXPECT_THAT(errors, HasSubstr("\"this line has no equals sign\""));
+    EXPECT_EQ(settings.name, "Ada");
+    EXPECT_EQ(settings.volume, 12);
+    EXPECT_TRUE(settings.debugWindow);
+    // The keys after the broken header belong to no section, so they are not taken for another one's.
+    EXPECT_EQ(settings.jump, ConfigFile::InputBinding{});
+
+    testing::internal::CaptureStderr();
+    settings.ReadConfig();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << "an unchanged file is not reported again";
+}
+
+TEST_F(ConfigFileTest, BadValuesAreReportedAndKeepTheEarlierValue) {
+    settings.jump.key = 87;
+    auto errors = ReadSettings("[general]\n"
+                               "volume = loud\n"
+                               "fullscreen = maybe\n"
+                               "fov = 1e999\n"
+                               "[controls]\n"
+                               "jump = key=32 trigger=1\n");
+    EXPECT_EQ(settings.volume, 50);
+    EXPECT_FALSE(settings.fullscreen);
+    EXPECT_FLOAT_EQ(settings.fov, 90.0f);
+    EXPECT_EQ(settings.jump.key, 87);
+    EXPECT_THAT(errors, HasSubstr(path + ":2: value of \"volume\" ignored"));
+    EXPECT_THAT(errors, HasSubstr(path + ":3: value of \"fullscreen\" ignored"));
+    EXPECT_THAT(errors, HasSubstr(path + ":4: value of \"fov\" ignored"));
+    EXPECT_THAT(errors, HasSubstr(path + ":6: value of \"jump\" ignored: unknown input binding part \"trigger\""));
+}
+
+TEST_F(ConfigFileTest, UnreadableFileIsReportedOnceWithItsReason) {
+    std::filesystem::create_directory(path);
+    testing::internal::CaptureStderr();
+    settings.ReadConfig();
+    auto errors = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(CountOccurrences(errors, "\"" + path + "\""), 1u) << errors;
+    EXPECT_THAT(errors, HasSubstr("Is a directory"));
+    EXPECT_EQ(settings.volume, 50);
+}
+
+TEST_F(ConfigFileTest, SectionFormHandsOverHeadersAndSplitLines) {
+    WriteFile(path, "orphan 1 2\n"
+                    "[JOINT arm]\n"
+                    "# comment\n"
+                    "position 0 1 2\n"
+                    "\n"
+                    "linear_x = -1 0 1\n"
+                    "[ENTITY]\n"
+                    "[JOINT leg]\n"
+                    "flag\n");
+    struct Seen {
+        std::string header;
+        std::vector<std::pair<std::string, std::string>> lines;
+    };
+    std::vector<Seen> seen;
+    testing::internal::CaptureStderr();
+    settings.ReadFromINI([&](std::stringstream& header, std::vector<ConfigFile::ConfLineStream>& lines) {
+        Seen section{header.str(), {}};
+        for (auto& line : lines) {
+            section.lines.emplace_back(line.key.str(), line.rest.str());
+        }
+        seen.push_back(section);
+    });
+    auto errors = testing::internal::GetCapturedStderr();
+
+    ASSERT_EQ(seen.size(), 3u);
+    EXPECT_EQ(seen[0].header, "JOINT arm");
+    using Lines = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(seen[0].lines, (Lines{{"position", "0 1 2"}, {"linear_x", "-1 0 1"}}));
+    EXPECT_EQ(seen[1].header, "ENTITY");
+    EXPECT_TRUE(seen[1].lines.empty());
+    EXPECT_EQ(seen[2].lines, (Lines{{"flag", ""}}));
+    EXPECT_THAT(errors, HasSubstr(path + ":1:"));
+}
+
+TEST_F(ConfigFileTest, SectionStreamsParseLikeAnyStream) {
+    WriteFile(path, "[JOINT arm]\nposition 0 1.5 -2\n");
+    float x = 0, y = 0, z = 0;
+    std::string kind, name, key;
+    settings.ReadFromINI([&](std::stringstream& header, std::vector<ConfigFile::ConfLineStream>& lines) {
+        header >> kind >> name;
+        lines.at(0).key >> key;
+        lines.at(0).rest >> x >> y >> z;
+    });
+    EXPECT_EQ(kind, "JOINT");
+    EXPECT_EQ(name, "arm");
+    EXPECT_EQ(key, "position");
+    EXPECT_FLOAT_EQ(y, 1.5f);
+    EXPECT_FLOAT_EQ(z, -2.0f);
+}
+
+// Writing
+
+TEST_F(ConfigFileTest, WriteKeepsEverythingItDoesNotOwn) {
+    ReadSettings("# Meridon settings\n"
+                 "; edited by hand\n"
+                 "\n"
+                 "[general]\n"
+                 "name=Ada\n"
+                 "  volume =   50\n"
+                 "# fov is in degrees\n"
+                 "fov = 90.0\n"
+                 "mystery_key = keep me\n"
+                 "\n"
+                 "[controls]\n"
+                 "jump    =    key=32\n"
+                 "\n"
+                 "[debug]\n"
+                 "debug_window = yes\n");
+    settings.volume = 75;
+
+    settings.WriteConfig();
+
+    EXPECT_EQ(ReadFile(path), "# Meridon settings\n"
+                              "; edited by hand\n"
+                              "\n"
+                              "[general]\n"
+                              "name=Ada\n"
+                              "volume = 75\n"
+                              "# fov is in degrees\n"
+                              "fov = 90.0\n"
+                              "mystery_key = keep me\n"
+                              "fullscreen = false\n"
+                              "\n"
+                              "[controls]\n"
+                              "jump    =    key=32\n"
+                              "\n"
+                              "[debug]\n"
+                              "debug_window = yes\n");
+}
+
+TEST_F(ConfigFileTest, WriteLeavesLinesThatAlreadyHoldTheValueUntouched) {
+    std::string const original = "[general]\n"
+                                 "name=player\n"
+                                 "fullscreen = NO\n"
+                                 "volume=+50\n"
+                                 "fov = 9e1\n"
+                                 "[controls]\n"
+                                 "jump =\n";
+    ReadSettings(original);
+    settings.WriteConfig();
+    // "+50" is no number to the reader, so only that line is rewritten.
+    EXPECT_EQ(ReadFile(path), "[general]\n"
+                              "name=player\n"
+                              "fullscreen = NO\n"
+                              "volume = 50\n"
+                              "fov = 9e1\n"
+                              "[controls]\n"
+                              "jump =\n");
+}
+
+TEST_F(ConfigFileTest, WriteAppendsKeysToTheirSectionAndNewSectionsAtTheEnd) {
+    WriteFile(path, "[general]\n"
+                    "name = Ada\n"
+                    "# closing note of general\n"
+                    "\n"
+                    "\n"
+                    "[other]\n"
+                    "x = 1");
+    settings.name = "Ada";
+    settings.jump.key = 32;
+    settings.WriteConfig();
+
+    EXPECT_EQ(ReadFile(path), "[general]\n"
+                              "name = Ada\n"
+                              "# closing note of general\n"
+                              "fullscreen = false\n"
+                              "volume = 50\n"
+                              "fov = 90\n"
+                              "\n"
+                              "\n"
+                              "[other]\n"
+                              "x = 1\n"
+                              "\n"
+                              "[controls]\n"
+                              "jump = key=32\n");
+}
+
+TEST_F(ConfigFileTest, WriteCreatesAMissingFileThatReadsBackTheSame) {
+    settings.name = "Ada Lovelace";
+    settings.fullscreen = true;
+    settings.volume = -3;
+    settings.fov = 0.1f;
+    settings.jump.gamepad_axis = 1;
+    settings.jump.gamepad_axis_sign = -1;
+    settings.WriteConfig();
+
+    EXPECT_EQ(ReadFile(path), "[general]\n"
+                              "name = Ada Lovelace\n"
+                              "fullscreen = true\n"
+                              "volume = -3\n"
+                              "fov = 0.1\n"
+                              "\n"
+                              "[controls]\n"
+                              "jump = gamepad_axis=1 gamepad_axis_sign=-1\n");
+    Settings reread(path);
+    reread.ReadConfig();
+    EXPECT_EQ(reread.name, settings.name);
+    EXPECT_TRUE(reread.fullscreen);
+    EXPECT_EQ(reread.volume, -3);
+    EXPECT_EQ(reread.fov, 0.1f);
+    EXPECT_EQ(reread.jump, settings.jump);
+}
+
+TEST_F(ConfigFileTest, WriteKeepsCrlfLineEndsAndTheByteOrderMark) {
+    ReadSettings("\xEF\xBB\xBF[general]\r\nvolume = 1\r\n");
+    settings.volume = 2;
+    settings.WriteToINI("general", {{&settings, "volume", &settings.volume, ConfigFile::CONF_INT},
+                                    {&settings, "name", &settings.name, ConfigFile::CONF_STRING}});
+    EXPECT_EQ(ReadFile(path), "\xEF\xBB\xBF[general]\r\nvolume = 2\r\nname = player\r\n");
+}
+
+TEST_F(ConfigFileTest, WriteReplacesTheFileWithoutLeftoversAndKeepsItsPermissions) {
+    WriteFile(path, "[general]\nvolume = 1\n");
+    ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
+    for (int volume = 0; volume < 3; ++volume) {
+        settings.volume = volume;
+        settings.WriteConfig();
+    }
+    std::vector<std::string> names;
+    for (auto const& entry : std::filesystem::directory_iterator(directory.Path())) {
+        names.push_back(entry.path().filename().string());
+    }
+    EXPECT_EQ(names, std::vector<std::string>{"settings.ini"});
+    auto permissions = std::filesystem::status(path).permissions();
+    EXPECT_EQ(permissions, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write |
+                               std::filesystem::perms::group_read);
+}
+
+TEST_F(ConfigFileTest, WriteThroughASymbolicLinkKeepsTheLink) {
+    auto target = directory.File("real.ini");
+    WriteFile(target, "[general]\nvolume = 1\n");
+    std::filesystem::create_symlink(target, path);
+    settings.WriteToINI("general", {{&settings, "volume", &settings.volume, ConfigFile::CONF_INT}});
+    EXPECT_TRUE(std::filesystem::is_symlink(path));
+    EXPECT_EQ(ReadFile(target), "[general]\nvolume = 50\n");
+}
+
+TEST_F(ConfigFileTest, WriteFailureNamesThePathAndLeavesNothingBehind) {
+    Settings unwritable(directory.File("no-such-folder/settings.ini"));
+    try {
+        unwritable.WriteConfig();
+        FAIL() << "writing into a missing folder must fail";
+    } catch (std::runtime_error const& error) {
+        EXPECT_THAT(error.what(), HasSubstr(unwritable.Path()));
+        EXPECT_THAT(error.what(), HasSubstr("No such file or directory"));
+    }
+}
+
+TEST_F(ConfigFileTest, WriteRefusesValuesTheFileCannotHoldAndKeepsTheFile) {
+    std::string const original = "[general]\nname = Ada\n";
+    ReadSettings(original);
+    settings.name = "two\nlines";
+    EXPECT_THROW(settings.WriteConfig(), std::invalid_argument);
+    EXPECT_EQ(ReadFile(path), original);
+}
+
+// Contract of the base and of Conf
+
+TEST_F(ConfigFileTest, BaseReadsNothingAndCannotWrite) {
+    ConfigFile plain(path);
+    EXPECT_NO_THROW(plain.ReadConfig());
+    try {
+        plain.WriteConfig();
+        FAIL() << "the base has nothing to write";
+    } catch (std::runtime_error const& error) {
+        EXPECT_STREQ(error.what(), "WriteConfig() not implemented");
+    }
+}
+
+TEST_F(ConfigFileTest, RejectsConfsThatCannotWork) {
+    int value = 0;
+    EXPECT_THROW(ConfigFile::Conf(&settings, "volume", nullptr, ConfigFile::CONF_INT), std::invalid_argument);
+    EXPECT_THROW(ConfigFile::Conf(&settings, "a=b", &value, ConfigFile::CONF_INT), std::invalid_argument);
+    EXPECT_THROW(ConfigFile::Conf(&settings, "", &value, ConfigFile::CONF_INT), std::invalid_argument);
+    EXPECT_THROW(ConfigFile::Conf(&settings, "x", &value, ConfigFile::CONFTYPE(2)), std::invalid_argument);
+
+    ConfigFile other(directory.File("other.ini"));
+    EXPECT_THROW(settings.ReadFromINI("general", {{&other, "volume", &value, ConfigFile::CONF_INT}}, true),
+                 std::invalid_argument);
+    EXPECT_THROW(ConfigFile(path, 0), std::invalid_argument);
+}
+
+// Auto-reload
+
+/// Counts its reads so that a test can wait for the reload thread.
+class WatchedSettings : public ConfigFile {
+public:
+    WatchedSettings(std::string const& path, int intervalMs) : ConfigFile(path, intervalMs) {}
+    ~WatchedSettings() override { StopAutoReloadThread(); }
+
+    void ReadConfig() override {
+        ReadFromINI("general", {{this, "volume", &volume, CONF_INT}}, true);
+        std::lock_guard lock(_readsMutex);
+        ++_reads;
+        _readsChanged.notify_all();
+        if (failNextRead) {
+            failNextRead = false;
+            throw std::runtime_error("simulated failure");
+        }
+    }
+
+    /// Whether ReadConfig has run `count` times in all, waiting up to a minute for it.
+    bool WaitForReads(int count) {
+        std::unique_lock lock(_readsMutex);
+        return _readsChanged.wait_for(lock, std::chrono::minutes(1), [&] { return _reads >= count; });
+    }
+
+    int Volume() {
+        std::lock_guard lock(Mutex());
+        return volume;
+    }
+
+    bool failNextRead = false;
+
+private:
+    int volume = 0;
+    std::mutex _readsMutex;
+    std::condition_variable _readsChanged;
+    int _reads = 0;
+};
+
+/// Rewrites the file with a write time clearly later than before, whatever the file system's time resolution.
+void EditFile(std::string const& path, std::string const& content) {
+    auto before = std::filesystem::last_write_time(path);
+    WriteFile(path, content);
+    std::filesystem::last_write_time(path, before + std::chrono::seconds(10));
+}
+
+TEST_F(ConfigFileTest, AutoReloadPicksUpAnEdit) {
+    WriteFile(path, "[general]\nvolume = 1\n");
+    WatchedSettings watched(path, 10);
+    watched.ReadConfig();
+    watched.StartAutoReloadThread();
+    watched.StartAutoReloadThread();
+
+    EditFile(path, "[general]\nvolume = 2\n");
+    ASSERT_TRUE(watched.WaitForReads(2));
+    EXPECT_EQ(watched.Volume(), 2);
+}
+
+TEST_F(ConfigFileTest, AutoReloadLoadsAFileThatAppears) {
+    WatchedSettings watched(path, 10);
+    watched.StartAutoReloadThread();
+    WriteFile(path, "[general]\nvolume = 3\n");
+    ASSERT_TRUE(watched.WaitForReads(1));
+    EXPECT_EQ(watched.Volume(), 3);
+}
+
+TEST_F(ConfigFileTest, AutoReloadReportsAFailedReadAndKeepsWatching) {
+    WriteFile(path, "[general]\nvolume = 1\n");
+    WatchedSettings watched(path, 10);
+    watched.failNextRead = true;
+    watched.StartAutoReloadThread();
+
+    testing::internal::CaptureStderr();
+    EditFile(path, "[general]\nvolume = 2\n");
+    ASSERT_TRUE(watched.WaitForReads(1));
+    EditFile(path, "[general]\nvolume = 3\n");
+    ASSERT_TRUE(watched.WaitForReads(2));
+    auto errors = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(errors, HasSubstr("reloading \"" + path + "\" failed: simulated failure"));
+    EXPECT_EQ(watched.Volume(), 3);
+}
+
+TEST_F(ConfigFileTest, StopDoesNotWaitOutThePollInterval) {
+    WatchedSettings watched(path, 3'600'000);
+    watched.StartAutoReloadThread();
+    auto stopped = std::async(std::launch::async, [&] { watched.StopAutoReloadThread(); });
+    // An hour-long interval: a stop that slept it out would blow far past this generous bound.
+    ASSERT_EQ(stopped.wait_for(std::chrono::minutes(1)), std::future_status::ready);
+    watched.StopAutoReloadThread();
+}
+
+}

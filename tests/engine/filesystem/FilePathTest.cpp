@@ -1,0 +1,49 @@
+#include "engine/filesystem/FilePath.h"
+
+#include "TempDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using quorl::filesystem::FilePath;
+using testing::HasSubstr;
+
+namespace {
+
+std::string TakesPath(std::string const& path) {
+    return path;
+}
+
+TEST(FilePath, StandsInForAStringBothWays) {
+    FilePath fromLiteral = "saves/world.dat";
+    FilePath fromString = std::string("settings.ini");
+    EXPECT_EQ(TakesPath(fromLiteral), "saves/world.dat");
+    EXPECT_EQ(fromString.Path(), "settings.ini");
+}
+
+TEST(FilePath, DeleteRemovesTheFileAndToleratesAMissingOne) {
+    TempDirectory directory;
+    FilePath path = directory.File("old.dat");
+    WriteFile(path, "bytes");
+
+    path.Delete();
+    EXPECT_FALSE(std::filesystem::exists(path.Path()));
+    EXPECT_NO_THROW(path.Delete());
+}
+
+TEST(FilePath, DeleteFailureNamesThePathAndReason) {
+    TempDirectory directory;
+    FilePath path = directory.File("folder");
+    std::filesystem::create_directory(path.Path());
+
+    try {
+        path.Delete();
+        FAIL() << "deleting a directory through FilePath must fail";
+    } catch (std::runtime_error const& error) {
+        EXPECT_THAT(error.what(), HasSubstr(path.Path()));
+        EXPECT_THAT(error.what(), HasSubstr("directory"));
+    }
+    EXPECT_TRUE(std::filesystem::is_directory(path.Path()));
+}
+
+}

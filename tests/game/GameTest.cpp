@@ -1,0 +1,159 @@
+#include "tests/support/GameFixture.h"
+
+#include <thread>
+
+using Entries = std::vector<std::string>;
+
+// ---- Lifecycle and the order of hooks --------------------------------------------------------------------------------
+
+TEST_F(GameTest, PassesCallTheirHooksInOrder) {
+    GAME_Mod::LoadModule("TEST_alpha", true);   // sorts second
+    GAME_Mod::LoadModule("TEST_beta", true);    // sorts first
+    SERVER_Mod::LoadModule("TEST_alpha", true);
+    SortAllLists();
+    Game::_mods = {"TEST_gamma"};
+
+    Game::Start();
+    Game::Ready();
+    Game::Update(0.0);
+    Game::ServerUpdate(0.01, 1);
+    Game::Stop();
+
+    Entries passes;
+    for (auto const& entry : journal::Entries())
+        if (!entry.ends_with(":ModuleLoad") && !entry.ends_with(":Game_Start") && !entry.ends_with(":Game_Ready") &&
+            !entry.ends_with(":Game_Stop"))
+            passes.push_back(entry);
+    EXPECT_EQ(passes, (Entries{
+                          "TEST_gamma.MERIDON_Mod:Load",
+                          "TEST_beta.GAME_Mod:Game_Update",
+                          "TEST_alpha.GAME_Mod:Game_Update",
+                          "TEST_alpha.SERVER_Mod:Server_BeforeUpdate",
+                          "TEST_alpha.SERVER_Mod:Server_GameUpdate",
+                          "TEST_gamma.MERIDON_Mod:Unload",
+                          "TEST_gamma.MERIDON_Mod:ModuleUnload",
+                      }));
+
+    // Start: every Game_Start before the content modules load; Ready, then Stop after content is gone.
+    auto all = journal::Entries();
+    auto position = [&](std::string const& entry) { return std::find(all.begin(), all.end(), entry) - all.begin(); };
+    EXPECT_EQ(journal::EntriesOf("Game_Start").size(), 2u);
+    EXPECT_LT(position("TEST_alpha.GAME_Mod:Game_Start"), position("TEST_gamma.MERIDON_Mod:ModuleLoad"));
+    EXPECT_LT(position("TEST_gamma.MERIDON_Mod:Load"), position("TEST_alpha.GAME_Mod:Game_Ready"));
+    EXPECT_LT(position("TEST_gamma.MERIDON_Mod:ModuleUnload"), position("TEST_alpha.GAME_Mod:Game_Stop"));
+    EXPECT_EQ(journal::EntriesOf("Game_Stop").size(), 2u);
+    EXPECT_EQ(MERIDON_Mod::Count(), 0u);
+}
+
+TEST_F(GameTest, StartAnnouncesItselfAndReadySaysTheGameStarts) {
+    testing::internal::CaptureStdout();
+    Game::Start();
+    Game::Ready();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Shader compilation may take several minutes before starting the game the first time or after an "
+              "update...\nStarting game...\n");
+}
+
+TEST_F(GameTest, StartLoadsContentModulesInOrderAndSkipsMissingOnesSilently) {
+    Game::_mods = {"TEST_beta", "TEST_missing", "TEST_alpha"};
+    testing::internal::CaptureStderr();
+    Game::Start();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(MERIDON_Mod::Count(), 2u);
+    EXPECT_EQ(journal::EntriesOf("ModuleLoad"),
+              (Entries{"TEST_beta.MERIDON_Mod:ModuleLoad", "TEST_alpha.MERIDON_Mod:ModuleLoad"}));
+    Game::Stop();
+}
+
+TEST_F(GameTest, UnsortedModulesGetNoGameUpdateButDoGetClientUpdate) {
+    GAME_Mod::LoadModule("TEST_alpha", true);
+    Game::Update(0.0);
+    Game::ClientUpdate();
+    EXPECT_TRUE(journal::EntriesOf("Game_Update").empty());
+    EXPECT_EQ(journal::EntriesOf("Game_ClientUpdate"), Entries{"TEST_alpha.GAME_Mod:Game_ClientUpdate"});
+}
+
+TEST_F(GameTest, InputPassesFollowTheirHooks) {
+    GAME_Mod::LoadModule("TEST_alpha", true);
+    Game::InputUpdate(0.01);
+    Game::InputUpdate_Play(0.01);
+    Game::InputUpdate_Station(0.01);
+    EXPECT_EQ(journal::Entries(), (Entries{"TEST_alpha.GAME_Mod:ModuleLoad", "TEST_alpha.GAME_Mod:Input_Update",
+                                           "TEST_alpha.GAME_Mod:Input_Update_Play",
+                                           "TEST_alpha.GAME_Mod:Input_Update_Station"}));
+}
+
+TEST_F(GameTest, QuitEndsTheLoops) {
+    Game::Quit();
+    EXPECT_FALSE(Game::isActive);
+}
+
+// ---- The game loop's frame time ------------------------------------------------------------------------------------
+
+TEST_F(GameTest, FrameTimeIsSmoothedStartingFromHalfTheFirstFrame) {
+    GAME_Mod::LoadModule("TEST_alpha", true);
+    SortAllLists();
+    Game::mainRenderingFramerate.Tick();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    Game::mainRenderingFramerate.Tick();
+    double frame = Game::mainRenderingFramerate.FrameTime();
+
+    Game::Update(123.0);  // the argument plays no part
+    EXPECT_DOUBLE_EQ(journal::LastNote("TEST_alpha:Game_Update"), 0.5 * frame);
+    Game::Update(0.0);
+    EXPECT_DOUBLE_EQ(journal::LastNote("TEST_alpha:Game_Update"), 0.75 * frame);
+}
+
+// ---- Work handed to the game loop ----------------------------------------------------------------------------------
+
+TEST_F(GameTest, SynchronizedWorkFromManyThreadsRunsOnceInOrderAtTheNextUpdate) {
+    constexpr int kThreads = 4, kEach = 250;
+    std::vector<std::vector<int>> ran(kThreads);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([t, &ran] {
+            for (int i = 0; i < kEach; ++i)
+                Game::Synchronize([t, i, &ran] { ran[t].push_back(i); });
+        });
+    // The game loop drains while the others are still queueing: nothing may be lost or run twice.
+    while (std::any_of(threads.begin(), threads.end(), [](auto& thread) { return thread.joinable(); })) {
+        Game::Update(0.0);
+        for (auto& thread : threads)
+            if (thread.joinable()) {
+                thread.join();
+                break;
+            }
+    }
+    Game::Update(0.0);
+
+    for (int t = 0; t < kThreads; ++t) {
+        ASSERT_EQ(ran[t].size(), size_t(kEach)) << "thread " << t;
+        EXPECT_TRUE(std::is_sorted(ran[t].begin(), ran[t].end())) << "thread " << t;
+    }
+    EXPECT_TRUE(Game::_syncQueue.empty());
+}
+
+TEST_F(GameTest, EmptySynchronizedFunctionThrowsWithTheQueueUnlocked) {
+    Game::Synchronize(nullptr);
+    EXPECT_THROW(Game::Update(0.0), std::bad_function_call);
+    std::unique_lock lock(Game::_syncMutex, std::try_to_lock);
+    EXPECT_TRUE(lock.owns_lock());
+}
+
+// ---- World time --------------------------------------------------------------------------------------------------------
+
+TEST_F(GameTest, ServerTickSetsTimestampFromTheClockPlusOffset) {
+    Game::timeOffset = 1000.0;
+    double before = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    Game::ServerUpdate(0.01, 1);
+    double after = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    EXPECT_GE(Game::timestamp, before + 1000.0 - 0.001);
+    EXPECT_LE(Game::timestamp, after + 1000.0);
+}
+
+TEST_F(GameTest, StoppedTimeKeepsTheTimestamp) {
+    Game::timeActive = false;
+    Game::timestamp = 42.5;
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_EQ(Game::timestamp, 42.5);
+}

@@ -1,0 +1,75 @@
+#include "tests/support/Process.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+/// Runs the real launcher in the tests' game tree, where the test modules are.
+ProcessResult Launch(std::vector<std::string> options,
+                     std::optional<std::chrono::milliseconds> terminateAfter = std::nullopt) {
+    options.insert(options.begin(), MERIDON_LAUNCHER);
+    return RunProcess(options, std::filesystem::current_path().string(), terminateAfter);
+}
+
+}
+
+TEST(LauncherTest, DedicatedServerRunsExactlyTheTicksAskedFor) {
+    auto result = Launch({"--server", "--ticks", "200", "--server-hz", "0", "--modules", "TEST_alpha"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("TEST_alpha ticks: 200 before, 200 game\n"), std::string::npos) << result.out;
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(LauncherTest, ClientLoadsEveryClassOfANamedModuleAndCreatesTheWorld) {
+    std::filesystem::remove_all("../Meridon-data/server/worlds/launcher-test");
+    auto result = Launch({"--ticks", "3", "--server-hz", "0", "--world", "launcher-test", "--modules", "TEST_alpha",
+                          "--mods", "TEST_beta", "--verbose"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    for (char const* file : {"TEST_alpha.GAME_Init.so", "TEST_alpha.GAME_Mod.so", "TEST_alpha.SERVER_Mod.so"})
+        EXPECT_NE(result.out.find(std::string("loaded modules/TEST_alpha/") + file), std::string::npos) << file;
+    EXPECT_NE(result.out.find("TEST_alpha ticks: 3 before, 3 game\n"), std::string::npos) << result.out;
+    EXPECT_TRUE(std::filesystem::is_directory("../Meridon-data/server/worlds/launcher-test/entities"));
+}
+
+TEST(LauncherTest, TerminationSignalQuitsCleanly) {
+    auto result = Launch({"--server", "--server-hz", "200", "--modules", "TEST_alpha"},
+                         std::chrono::milliseconds(500));
+    EXPECT_EQ(result.signal, 0);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("TEST_alpha ticks: "), std::string::npos) << "modules were unloaded: " << result.out;
+}
+
+TEST(LauncherTest, UnknownModuleIsAnErrorNamingIt) {
+    auto result = Launch({"--server", "--ticks", "1", "--modules", "TEST_nowhere"});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_NE(result.err.find("module 'TEST_nowhere' has no SERVER_Mod library"), std::string::npos) << result.err;
+}
+
+TEST(LauncherTest, BadCommandLinesAreRefusedWithUsage) {
+    auto unknown = Launch({"--frobnicate"});
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_NE(unknown.err.find("unknown option '--frobnicate'"), std::string::npos) << unknown.err;
+    EXPECT_NE(unknown.err.find("Usage: meridon"), std::string::npos);
+
+    auto badNumber = Launch({"--ticks", "ten"});
+    EXPECT_EQ(badNumber.exitCode, 2);
+    EXPECT_NE(badNumber.err.find("--ticks: 'ten' is not a valid value"), std::string::npos) << badNumber.err;
+
+    auto missing = Launch({"--world"});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_NE(missing.err.find("--world needs a value"), std::string::npos) << missing.err;
+}
+
+TEST(LauncherTest, HelpDescribesTheOptions) {
+    auto result = Launch({"--help"});
+    EXPECT_EQ(result.exitCode, 0);
+    for (char const* option : {"--server", "--ticks", "--seconds", "--world", "--mods", "--modules"})
+        EXPECT_NE(result.out.find(option), std::string::npos) << option;
+}
+
+TEST(LauncherTest, SecondsLimitEndsTheRun) {
+    auto result = Launch({"--server", "--seconds", "0.2", "--modules", "TEST_alpha"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "game/Game.h"
+#include "tests/support/ModuleRegistries.h"
+
+/// A Game with empty registries and its state back at the launcher's starting point.
+class GameTest : public ModuleRegistriesTest {
+protected:
+    void SetUp() override {
+        ModuleRegistriesTest::SetUp();
+        Game::window = nullptr;
+        Game::isActive = true;
+        Game::_is_server = true;
+        Game::_mods.clear();
+        Game::_joysticks.clear();
+        Game::_mouseLook = false;
+        Game::_inputMode = 0;
+        Game::timeActive = true;
+        Game::timeOffset = 0.0;
+        std::lock_guard lock(Game::_syncMutex);
+        Game::_syncQueue.clear();
+    }
+
+    /// Sorts the five GAME_Mod lists the way the launcher does: by ModuleSort, lower first.
+    static void SortAllLists() {
+        for (char const* listName : {"update", "render", "post", "overlay", "ui"})
+            GAME_Mod::SortModules(listName, [listName](GAME_Mod::Ptr a, GAME_Mod::Ptr b) {
+                return a->ModuleSort(listName) < b->ModuleSort(listName);
+            });
+    }
+};

@@ -1,0 +1,63 @@
+#include "Process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <thread>
+
+namespace {
+std::string ReadAndRemove(std::string const& path) {
+    std::ifstream file(path);
+    std::stringstream text;
+    text << file.rdbuf();
+    std::filesystem::remove(path);
+    return text.str();
+}
+}
+
+ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string const& directory,
+                         std::optional<std::chrono::milliseconds> terminateAfter) {
+    auto base = std::filesystem::temp_directory_path() / ("meridon-process-" + std::to_string(getpid()));
+    std::string outPath = base.string() + ".out", errPath = base.string() + ".err";
+
+    pid_t child = fork();
+    if (child < 0)
+        throw std::runtime_error("fork failed");
+    if (child == 0) {
+        int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        int err = open(errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        if (out < 0 || err < 0 || chdir(directory.c_str()) != 0)
+            _exit(127);
+        dup2(out, STDOUT_FILENO);
+        dup2(err, STDERR_FILENO);
+        std::vector<char*> argv;
+        for (auto const& argument : arguments)
+            argv.push_back(const_cast<char*>(argument.c_str()));
+        argv.push_back(nullptr);
+        execv(argv[0], argv.data());
+        _exit(127);
+    }
+
+    if (terminateAfter) {
+        std::this_thread::sleep_for(*terminateAfter);
+        kill(child, SIGTERM);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+
+    ProcessResult result;
+    if (WIFEXITED(status))
+        result.exitCode = WEXITSTATUS(status);
+    if (WIFSIGNALED(status))
+        result.signal = WTERMSIG(status);
+    result.out = ReadAndRemove(outPath);
+    result.err = ReadAndRemove(errPath);
+    return result;
+}
