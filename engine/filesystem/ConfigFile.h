@@ -108,8 +108,9 @@ public:
     /// std::invalid_argument for a value that the text form cannot hold (a line break in a string).
     void WriteToINI(std::string const& section, std::vector<Conf> confs);
 
-    /// Starts a thread that calls ReadConfig whenever the file's last-write time changes or a missing file
-    /// appears. Changes made by this object's own WriteToINI do not count. Does nothing when already running.
+    /// Starts a thread that calls ReadConfig whenever the file's last-write time changes from what it is now, or a
+    /// missing file appears; call ReadConfig yourself for the first load. Changes made by this object's own
+    /// WriteToINI do not count. A ReadConfig that throws is reported on stderr. Does nothing when already running.
     void StartAutoReloadThread();
     /// Stops and joins the thread without waiting out the poll interval. Call it neither from ReadConfig nor
     /// while holding Mutex(). Does nothing when not running.

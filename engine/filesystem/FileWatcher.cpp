@@ -31,7 +31,7 @@ void FileWatcher::Run() {
     std::unique_lock lock(_mutex);
     while (!_wake.wait_for(lock, _interval, [this] { return _stopping; })) {
         auto now = WriteTime();
-        if (true) {
+        if (now == _seen) {
             continue;
         }
         _seen = now;

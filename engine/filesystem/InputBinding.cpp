@@ -84,7 +84,8 @@ InputBinding InputBinding::FromText(std::string const& text) {
     while (words >> word) {
         auto equals = word.find('=');
         std::string_view name = std::string_view(word).substr(0, equals);
-        auto const* part = std::find_if(std::begin(Parts), std::end(Parts), [&](Part const& p) { return p.name == name; });
+        auto const* part =
+            std::find_if(std::begin(Parts), std::end(Parts), [&](Part const& p) { return p.name == name; });
         if (part == std::end(Parts)) {
             throw std::invalid_argument("unknown input binding part \"" + std::string(name) + "\" in \"" + text + "\"");
         }

@@ -11,7 +11,8 @@
 
 namespace quorl::filesystem {
 
-static_assert(std::endian::native == std::endian::little, "streams store values in memory order, which must be little-endian");
+static_assert(std::endian::native == std::endian::little,
+              "streams store values in memory order, which must be little-endian");
 static_assert(sizeof(unsigned long) == 8, "stream lengths are 64-bit");
 
 class ReadOnlyStream;

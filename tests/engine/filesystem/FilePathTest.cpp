@@ -10,17 +10,6 @@ using testing::HasSubstr;
 
 namespace {
 
-std::string TakesPath(std::string const& path) {
-    return path;
-}
-
-TEST(FilePath, StandsInForAStringBothWays) {
-    FilePath fromLiteral = "saves/world.dat";
-    FilePath fromString = std::string("settings.ini");
-    EXPECT_EQ(TakesPath(fromLiteral), "saves/world.dat");
-    EXPECT_EQ(fromString.Path(), "settings.ini");
-}
-
 TEST(FilePath, DeleteRemovesTheFileAndToleratesAMissingOne) {
     TempDirectory directory;
     FilePath path = directory.File("old.dat");

@@ -40,13 +40,6 @@ TEST(InputBindingText, EveryPartSurvivesARoundTrip) {
     EXPECT_EQ(Binding::FromText(binding.ToText()), binding);
 }
 
-TEST(InputBindingText, ReadsPartsInAnyOrderWithExtraSpaces) {
-    Binding expected;
-    expected.key = 87;
-    expected.mouse_button = 1;
-    EXPECT_EQ(Binding::FromText("  mouse_button=1\tkey=87 "), expected);
-}
-
 TEST(InputBindingText, RejectsWhatItCannotRead) {
     auto messageOf = [](std::string const& text) {
         try {

@@ -22,6 +22,7 @@ struct Voxel {
     int16_t y;
     uint8_t material;
     bool solid;
+    bool operator==(Voxel const&) const = default;
 };
 
 /// The message of the std::runtime_error `action` throws, or "no exception".
@@ -35,70 +36,41 @@ std::string ErrorOf(Action action) {
     return "no exception";
 }
 
-TEST(Stream, NumbersAndPlainValuesRoundTrip) {
-    WriteOnlyStream out(64);
-    out.Write(int8_t{-5});
-    out.Write(uint16_t{65535});
-    out.Write(int32_t{std::numeric_limits<int32_t>::min()});
-    out.Write(uint64_t{0x0123456789abcdefULL});
-    out.Write(-1.5f);
-    out.Write(std::numeric_limits<double>::denorm_min());
-    out.Write(true);
-    out.Write(Biome::Lava);
-    out.Write(Voxel{-7, 300, 9, true});
-
+/// `value` written to a stream and read back, with the stream checked to hold nothing else.
+template <class T>
+T RoundTrip(T const& value) {
+    WriteOnlyStream out(0);
+    out.Write(value);
     ReadOnlyStream in(out.Bytes());
-    int8_t i8 = 0;
-    uint16_t u16 = 0;
-    int32_t i32 = 0;
-    uint64_t u64 = 0;
-    float f = 0;
-    double d = 0;
-    bool b = false;
-    Biome biome = Biome::Ice;
-    Voxel voxel{};
-    in.Read(i8);
-    in.Read(u16);
-    in.Read(i32);
-    in.Read(u64);
-    in.Read(f);
-    in.Read(d);
-    in.Read(b);
-    in.Read(biome);
-    in.Read(voxel);
-    EXPECT_EQ(i8, -5);
-    EXPECT_EQ(u16, 65535);
-    EXPECT_EQ(i32, std::numeric_limits<int32_t>::min());
-    EXPECT_EQ(u64, 0x0123456789abcdefULL);
-    EXPECT_EQ(f, -1.5f);
-    EXPECT_EQ(d, std::numeric_limits<double>::denorm_min());
-    EXPECT_TRUE(b);
-    EXPECT_EQ(biome, Biome::Lava);
-    EXPECT_EQ(voxel.x, -7);
-    EXPECT_EQ(voxel.y, 300);
-    EXPECT_EQ(voxel.material, 9);
-    EXPECT_TRUE(voxel.solid);
+    T read{};
+    in.Read(read);
     EXPECT_EQ(in.Remaining(), 0u);
+    return read;
+}
+
+TEST(Stream, NumbersAndPlainValuesRoundTrip) {
+    EXPECT_EQ(RoundTrip(int8_t{-5}), -5);
+    EXPECT_EQ(RoundTrip(uint16_t{65535}), 65535);
+    EXPECT_EQ(RoundTrip(std::numeric_limits<int32_t>::min()), std::numeric_limits<int32_t>::min());
+    EXPECT_EQ(RoundTrip(uint64_t{0x0123456789abcdefULL}), 0x0123456789abcdefULL);
+    EXPECT_EQ(RoundTrip(-1.5f), -1.5f);
+    EXPECT_EQ(RoundTrip(std::numeric_limits<double>::denorm_min()), std::numeric_limits<double>::denorm_min());
+    EXPECT_TRUE(RoundTrip(true));
+    EXPECT_EQ(RoundTrip(Biome::Lava), Biome::Lava);
+    EXPECT_EQ(RoundTrip(Voxel{-7, 300, 9, true}), (Voxel{-7, 300, 9, true}));
 }
 
 TEST(Stream, StringsRoundTripIncludingEmptyAndBinary) {
-    std::string const binary("nul\0inside\xff", 11);
-    WriteOnlyStream out(0);
-    out.Write(std::string(""));
-    out.Write("literal");
-    out.Write(binary);
-    out.Write(std::string(100'000, 'x'));
+    EXPECT_EQ(RoundTrip(std::string("")), "");
+    EXPECT_EQ(RoundTrip(std::string("nul\0inside\xff", 11)), std::string("nul\0inside\xff", 11));
+    EXPECT_EQ(RoundTrip(std::string(100'000, 'x')), std::string(100'000, 'x'));
 
+    WriteOnlyStream out(0);
+    out.Write("literal");
     ReadOnlyStream in(out.Bytes());
-    std::string empty = "not yet", literal, readBinary, large;
-    in.Read(empty);
+    std::string literal;
     in.Read(literal);
-    in.Read(readBinary);
-    in.Read(large);
-    EXPECT_EQ(empty, "");
     EXPECT_EQ(literal, "literal");
-    EXPECT_EQ(readBinary, binary);
-    EXPECT_EQ(large, std::string(100'000, 'x'));
 }
 
 TEST(Stream, NestedStreamsRoundTripIncludingEmptyAndDeep) {
@@ -177,30 +149,6 @@ TEST(Stream, CorruptLengthsAreRefusedBeforeAllocating) {
     EXPECT_THAT(ErrorOf([&] { nested.ReadStream(); }), HasSubstr("read of 1152921504606846976 bytes past the end"));
 }
 
-TEST(Stream, LengthsJustPastTheEndAreRefused) {
-    WriteOnlyStream out(0);
-    out.Write(std::string("abc"));
-    Bytes truncated = out.Bytes();
-    truncated.pop_back();
-    ReadOnlyStream in(truncated, "chunk 4");
-    std::string text;
-    EXPECT_EQ(ErrorOf([&] { in.Read(text); }), "read of 3 bytes past the end of stream \"chunk 4\" at offset 8 of 10");
-}
-
-TEST(Stream, ErrorsInsideNestedStreamsNameTheirOrigin) {
-    WriteOnlyStream nested(0);
-    nested.Write(uint8_t{1});
-    WriteOnlyStream out(0);
-    out.Write(uint32_t{0});
-    out.Write(nested);
-    ReadOnlyStream in(out.Bytes(), "region.dat");
-    uint32_t header = 0;
-    in.Read(header);
-    auto block = in.ReadStream();
-    uint32_t number = 0;
-    EXPECT_THAT(ErrorOf([&] { block.Read(number); }), HasSubstr("\"region.dat (nested block at offset 12)\""));
-}
-
 TEST(Stream, ABoolMustBeZeroOrOne) {
     ReadOnlyStream in(Bytes{0, 1, 2});
     bool value = true;
@@ -218,22 +166,6 @@ TEST(Stream, EachMemoryStreamRefusesTheOtherDirection) {
     out.Write(uint8_t{1});
     uint8_t value = 0;
     EXPECT_THAT(ErrorOf([&] { out.Read(value); }), HasSubstr("write-only stream \"memory\""));
-}
-
-TEST(Stream, ReportsPositionAndSize) {
-    WriteOnlyStream out(16);
-    EXPECT_EQ(out.Size(), 0u);
-    out.Write(uint32_t{1});
-    out.Write(uint16_t{2});
-    EXPECT_EQ(out.Size(), 6u);
-    EXPECT_EQ(out.Position(), 6u);
-
-    ReadOnlyStream in(out.Bytes());
-    uint32_t first = 0;
-    in.Read(first);
-    EXPECT_EQ(in.Position(), 4u);
-    EXPECT_EQ(in.Remaining(), 2u);
-    EXPECT_EQ(in.Size(), 6u);
 }
 
 }
