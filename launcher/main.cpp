@@ -79,7 +79,8 @@ std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config
 /// status line once a second.
 void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
                std::vector<std::unique_ptr<LoopThread>> const& loops) {
-    bool showStatus = config.verbose || isatty(STDOUT_FILENO);
+    bool terminal = isatty(STDOUT_FILENO);
+    bool showStatus = config.verbose || terminal;
     auto start = std::chrono::steady_clock::now();
     auto nextStatus = start + std::chrono::seconds(1);
     while (Game::isActive) {
@@ -92,11 +93,15 @@ void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
         if (config.seconds > 0 && now - start >= std::chrono::duration<double>(config.seconds))
             Game::Quit();
         if (showStatus && now >= nextStatus) {
-            std::cout << '\r' << StatusLine(loops) << "\x1b[K" << std::flush;
+            // A terminal redraws one line in place; a log gets a line per second.
+            if (terminal)
+                std::cout << '\r' << StatusLine(loops) << "\x1b[K" << std::flush;
+            else
+                std::cout << StatusLine(loops) << std::endl;
             nextStatus += std::chrono::seconds(1);
         }
     }
-    if (showStatus)
+    if (showStatus && terminal)
         std::cout << std::endl;
 }
 
