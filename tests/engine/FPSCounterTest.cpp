@@ -34,12 +34,3 @@ TEST(FPSCounterTest, PublishesRateAndLoadAfterAPeriod) {
     EXPECT_LT(counter.Load(), 0.9);
     EXPECT_GT(counter.FrameTime(), 0.0);
 }
-
-TEST(FPSCounterTest, TickReturnsTimeSinceThePreviousTick) {
-    FPSCounter counter(10.0);
-    counter.Tick();
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    double dt = counter.Tick();
-    EXPECT_GE(dt, 0.005);
-    EXPECT_EQ(dt, counter.FrameTime());
-}

@@ -120,9 +120,3 @@ TEST_F(GameInputTest, GuidLookUpsIgnoreCaseAndCountOnlyMatches) {
     EXPECT_EQ(Game::GetGamepad("0300abcd", 1), nullptr);
     EXPECT_EQ(Game::GetGamepad("", 0), pad);
 }
-
-TEST_F(GameInputTest, NoDevicesMeansNoResults) {
-    EXPECT_EQ(Game::GetFirstJoystick(), nullptr);
-    EXPECT_EQ(Game::GetFirstGamepad(), nullptr);
-    EXPECT_EQ(Game::GetGamepad("", 0), nullptr);
-}

@@ -86,15 +86,6 @@ TEST_F(ConfigFileTest, ReadsEveryFieldType) {
     EXPECT_TRUE(settings.debugWindow);
 }
 
-TEST_F(ConfigFileTest, ReadsEveryBoolSpellingInAnyCase) {
-    for (auto [text, expected] : {std::pair{"TRUE", true}, {"Yes", true}, {"on", true}, {"1", true},
-                                  {"false", false}, {"NO", false}, {"Off", false}, {"0", false}}) {
-        settings.fullscreen = !expected;
-        ReadSettings(std::string("[general]\nfullscreen = ") + text + "\n");
-        EXPECT_EQ(settings.fullscreen, expected) << text;
-    }
-}
-
 TEST_F(ConfigFileTest, MissingFileOrKeysLeaveDefaultsQuietly) {
     testing::internal::CaptureStderr();
     settings.ReadConfig();
@@ -357,15 +348,6 @@ TEST_F(ConfigFileTest, WriteReplacesTheFileWithoutLeftoversAndKeepsItsPermission
                                std::filesystem::perms::group_read);
 }
 
-TEST_F(ConfigFileTest, WriteThroughASymbolicLinkKeepsTheLink) {
-    auto target = directory.File("real.ini");
-    WriteFile(target, "[general]\nvolume = 1\n");
-    std::filesystem::create_symlink(target, path);
-    settings.WriteToINI("general", {{&settings, "volume", &settings.volume, ConfigFile::CONF_INT}});
-    EXPECT_TRUE(std::filesystem::is_symlink(path));
-    EXPECT_EQ(ReadFile(target), "[general]\nvolume = 50\n");
-}
-
 TEST_F(ConfigFileTest, WriteFailureNamesThePathAndReason) {
     Settings unwritable(directory.File("no-such-folder/settings.ini"));
     try {
@@ -396,19 +378,6 @@ TEST_F(ConfigFileTest, BaseReadsNothingAndCannotWrite) {
     } catch (std::runtime_error const& error) {
         EXPECT_STREQ(error.what(), "WriteConfig() not implemented");
     }
-}
-
-TEST_F(ConfigFileTest, RejectsConfsThatCannotWork) {
-    int value = 0;
-    EXPECT_THROW(ConfigFile::Conf(&settings, "volume", nullptr, ConfigFile::CONF_INT), std::invalid_argument);
-    EXPECT_THROW(ConfigFile::Conf(&settings, "a=b", &value, ConfigFile::CONF_INT), std::invalid_argument);
-    EXPECT_THROW(ConfigFile::Conf(&settings, "", &value, ConfigFile::CONF_INT), std::invalid_argument);
-    EXPECT_THROW(ConfigFile::Conf(&settings, "x", &value, ConfigFile::CONFTYPE(2)), std::invalid_argument);
-
-    ConfigFile other(directory.File("other.ini"));
-    EXPECT_THROW(settings.ReadFromINI("general", {{&other, "volume", &value, ConfigFile::CONF_INT}}, true),
-                 std::invalid_argument);
-    EXPECT_THROW(ConfigFile(path, 0), std::invalid_argument);
 }
 
 // Auto-reload

@@ -115,13 +115,6 @@ TEST(Stream, ByteLayoutIsLittleEndianWithUint64Lengths) {
     EXPECT_EQ(out.Bytes(), (Bytes{4, 3, 2, 1, 2, 0, 0, 0, 0, 0, 0, 0, 'a', 'b', 1, 0, 0, 0, 0, 0, 0, 0, 7}));
 }
 
-TEST(Stream, AStreamCanNestItself) {
-    WriteOnlyStream out(0);
-    out.Write(uint8_t{9});
-    out.Write(out);
-    EXPECT_EQ(out.Bytes(), (Bytes{9, 1, 0, 0, 0, 0, 0, 0, 0, 9}));
-}
-
 TEST(Stream, ReadingPastTheEndThrowsAndKeepsThePosition) {
     ReadOnlyStream in(Bytes{1, 2, 3, 4});
     uint16_t first = 0;
