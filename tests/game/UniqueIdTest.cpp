@@ -1,0 +1,102 @@
+#include "game/UniqueId.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <set>
+#include <stdexcept>
+#include <thread>
+
+using game::UniqueId;
+
+namespace {
+std::string ErrorOf(std::string const& text) {
+    try {
+        UniqueId id(text);
+    } catch (std::exception const& error) {
+        return error.what();
+    }
+    return "";
+}
+}
+
+TEST(UniqueIdTest, GeneratedIdsCarryPrefixOwnerTimeAndChance) {
+    UniqueId::_this_owner = 1;
+    auto before = std::chrono::duration_cast<std::chrono::microseconds>(
+        std::chrono::system_clock::now().time_since_epoch()).count();
+    UniqueId id = UniqueId::Generate("ENTT");
+    UniqueId::_this_owner = 0;
+
+    std::string text = id.String();
+    ASSERT_EQ(text.size(), 28u);
+    EXPECT_EQ(text.substr(0, 4), "ENTT");
+    EXPECT_EQ(text.substr(4, 8), "01000000") << "bytes in memory order";
+    uint64_t time = id.high & ((uint64_t(1) << 50) - 1);
+    uint64_t random = id.high >> 50;
+    EXPECT_GE(time, static_cast<uint64_t>(before) & ((uint64_t(1) << 50) - 1));
+    EXPECT_GE(random, 1u);
+    EXPECT_LE(random, 16383u);
+    EXPECT_FALSE(id.IsNull());
+}
+
+TEST(UniqueIdTest, StringFormRoundTripsWithEqualHash) {
+    for (int i = 0; i < 100; ++i) {
+        UniqueId id = UniqueId::Generate("NODE");
+        UniqueId parsed(id.String());
+        EXPECT_EQ(parsed, id);
+        EXPECT_EQ(std::hash<UniqueId>()(parsed), std::hash<UniqueId>()(id));
+        EXPECT_EQ(std::hash<UniqueId>()(id), id.high);
+    }
+}
+
+TEST(UniqueIdTest, IdsMadeAtOnceOnManyThreadsDiffer) {
+    std::vector<std::vector<UniqueId>> made(4);
+    std::vector<std::thread> threads;
+    for (auto& list : made)
+        threads.emplace_back([&list] {
+            for (int i = 0; i < 500; ++i)
+                list.push_back(UniqueId::Generate("ENTT"));
+        });
+    for (auto& thread : threads)
+        thread.join();
+    std::set<std::pair<uint64_t, uint64_t>> distinct;
+    for (auto& list : made)
+        for (auto& id : list)
+            distinct.insert({id.low, id.high});
+    EXPECT_EQ(distinct.size(), 2000u);
+}
+
+TEST(UniqueIdTest, NullMeansEitherHalfIsZero) {
+    EXPECT_TRUE(UniqueId().IsNull());
+    EXPECT_EQ(UniqueId().String(), "");
+    EXPECT_EQ(UniqueId(""), UniqueId());
+
+    UniqueId prefixOnly = UniqueId::Generate("ENTT");
+    prefixOnly.high = 0;
+    EXPECT_TRUE(prefixOnly.IsNull());
+    EXPECT_EQ(prefixOnly.String(), "") << "a set prefix does not make an id";
+
+    UniqueId timeOnly = UniqueId::Generate("ENTT");
+    timeOnly.low = 0;
+    EXPECT_TRUE(timeOnly.IsNull());
+}
+
+TEST(UniqueIdTest, ParserRejectsWrongLengthsAndLowerCaseHex) {
+    EXPECT_EQ(ErrorOf(std::string(27, 'A')), "UniqueId string length should be 28");
+    EXPECT_EQ(ErrorOf(std::string(29, 'A')), "UniqueId string length should be 28");
+    EXPECT_EQ(ErrorOf("ENTT0100000000112233445566a7"), "not a hex digit");
+    EXPECT_EQ(ErrorOf("ENTTxx00000000112233445566A7"), "not a hex digit");
+    EXPECT_EQ(ErrorOf("ENTT0100000000112233445566A7"), "");
+}
+
+TEST(UniqueIdTest, ParsedBytesLandWhereTheStringTookThem) {
+    UniqueId id("ENTT0100000001020304050607F8");
+    unsigned char bytes[16];
+    std::memcpy(bytes, &id, 16);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes), 4), "ENTT");
+    EXPECT_EQ(bytes[4], 0x01);
+    EXPECT_EQ(bytes[7], 0x00);
+    EXPECT_EQ(bytes[8], 0x01);
+    EXPECT_EQ(bytes[15], 0xF8);
+    EXPECT_EQ(id.String(), "ENTT0100000001020304050607F8");
+}
