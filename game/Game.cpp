@@ -3,16 +3,18 @@
 // Index:
 //   State                 every static member and its initial value
 //   Lifecycle             Start, Ready, Stop, Quit
-//   Loop bodies           Update, ClientUpdate, ServerUpdate, Synchronize
+//   Loop bodies           Update, ClientUpdate, ServerUpdate (with the ancestor pass), Synchronize
 
 #include "game/Game.h"
 
+#include "game/entity/ServerSideEntityInterface.h"
 #include "modules/GAME_Mod.h"
 #include "modules/MERIDON_Mod.h"
 #include "modules/SERVER_Mod.h"
 
 #include <chrono>
 #include <iostream>
+#include <shared_mutex>
 
 // ---- State ---------------------------------------------------------------------------------------------------------
 
@@ -116,6 +118,49 @@ void Game::ClientUpdate() {
     GAME_Mod::CallHooks(&GAME_Mod::Game_ClientUpdate);
 }
 
+namespace {
+
+using game::entity::ServerSideEntity;
+
+/// Calls `function` for every living server entity, holding the shared side of the registry for the whole walk.
+template <class Function>
+void ForEachServerEntity(Function&& function) {
+    std::shared_lock lock(ServerSideEntity::_sharedObjectsMutex);
+    for (auto const& [id, stored] : ServerSideEntity::_sharedObjects)
+        if (auto entity = stored)
+            function(*entity);
+}
+
+/// Gathers what an entity takes from its chain of parents: the environment of its last ancestor, and whether some
+/// ancestor is a moving body (`carried`), which keeps the entity from settling. A moving body is one that is
+/// dynamic and has rested less than 2.0 s, the rest time a body loaded asleep gets.
+void AncestorPass(ServerSideEntity& entity) {
+    constexpr double kMovingRestTime = 2.0;
+    constexpr int kMaxDepth = 4096;  // a parent loop made by a module must not hang the server
+    entity.carried = false;
+    game::entity::Id next = entity.parent;
+    for (int depth = 0; !next.IsNull() && depth < kMaxDepth; ++depth) {
+        auto parent = ServerSideEntity::Get(next);  // nested shared lock: readers only wait for an active writer
+        if (!parent)
+            break;
+        entity.environment = parent->environment;
+        entity.parent_environment = parent->parent_environment;
+        if (parent->dynamic && parent->rest_time < kMovingRestTime)
+            entity.carried = true;
+        else
+            entity.carried |= parent->carried;
+        next = parent->parent;
+    }
+    if (entity.carried)
+        entity.settled = false;
+}
+
+bool Started(ServerSideEntity const& entity) {
+    return entity.interface && entity.interface->started;
+}
+
+}
+
 void Game::ServerUpdate(double dt, int) {
     if (timeActive) {
         auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(
@@ -123,6 +168,19 @@ void Game::ServerUpdate(double dt, int) {
         timestamp = static_cast<double>(nanoseconds.count() / 1000000) * 0.001 + timeOffset;
     }
     SERVER_Mod::CallHooks(&SERVER_Mod::Server_BeforeUpdate, dt);
+    ForEachServerEntity([dt](ServerSideEntity& entity) {
+        if (Started(entity))
+            entity.interface->CallBeforeUpdate(dt);
+    });
+    ForEachServerEntity([dt](ServerSideEntity& entity) {
+        entity.Update(dt);
+        AncestorPass(entity);
+    });
+    ForEachServerEntity([dt](ServerSideEntity& entity) {
+        AncestorPass(entity);
+        if (Started(entity))
+            entity.interface->CallAfterUpdate(dt);
+    });
     SERVER_Mod::CallHooks(&SERVER_Mod::Server_GameUpdate, dt);
 }
 

@@ -6,6 +6,7 @@
 #include "StatusLine.h"
 
 #include "game/Game.h"
+#include "game/entity/ServerSideEntity.h"
 #include "modules/GAME_Init.h"
 #include "modules/SERVER_Mod.h"
 
@@ -137,6 +138,8 @@ int main(int argc, char** argv) {
     Game::isActive = true;
     try {
         Game::Start();
+        // Content modules have registered their entity types by now, so saved entities find their behaviour.
+        game::entity::ServerSideEntity::LoadAllEntities();
         SERVER_Mod::CallHooks(&SERVER_Mod::Server_Load, config.world.c_str());
         Game::Ready();
         GAME_Init::CallHooks(&GAME_Init::SplashEnd);
@@ -147,6 +150,8 @@ int main(int argc, char** argv) {
             loop->Join();
             failed |= loop->Failed();
         }
+        // Entities go before the modules whose code their interfaces run.
+        game::entity::ServerSideEntity::UnloadAllEntities();
         Game::Stop();
     } catch (std::exception const& error) {
         std::cerr << "meridon: " << error.what() << std::endl;

@@ -23,7 +23,7 @@ std::string ReadAndRemove(std::string const& path) {
 }
 
 ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string const& directory,
-                         std::optional<std::chrono::milliseconds> terminateAfter) {
+                         std::optional<std::chrono::milliseconds> terminateAfter, int terminateSignal) {
     auto base = std::filesystem::temp_directory_path() / ("meridon-process-" + std::to_string(getpid()));
     std::string outPath = base.string() + ".out", errPath = base.string() + ".err";
 
@@ -47,7 +47,7 @@ ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string 
 
     if (terminateAfter) {
         std::this_thread::sleep_for(*terminateAfter);
-        kill(child, SIGTERM);
+        kill(child, terminateSignal);
     }
     int status = 0;
     waitpid(child, &status, 0);

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-/// Runs a program to its end, in `directory`, and keeps what it printed. With `terminateAfter`, sends it SIGTERM
-/// once that much time has passed.
+/// Runs a program to its end, in `directory`, and keeps what it printed. With `terminateAfter`, sends it
+/// `terminateSignal` once that much time has passed.
 struct ProcessResult {
     int exitCode = -1;
     /// The signal that ended the process, 0 if it exited.
@@ -16,4 +16,5 @@ struct ProcessResult {
 };
 
 ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string const& directory,
-                         std::optional<std::chrono::milliseconds> terminateAfter = std::nullopt);
+                         std::optional<std::chrono::milliseconds> terminateAfter = std::nullopt,
+                         int terminateSignal = 15 /* SIGTERM */);

@@ -1,0 +1,170 @@
+// Server-side entities: registries, construction, the entity tree and the world's unload and load.
+
+#include "game/entity/ServerSideEntity.h"
+
+#include "engine/filesystem/AtomicFileBatch.h"
+#include "game/Game.h"
+#include "game/entity/EntityConfig.h"
+#include "game/entity/ServerSideEntityInterface.h"
+
+#include <filesystem>
+
+namespace game::entity {
+
+std::map<std::string, std::map<std::string, ServerSideEntity::EntityTypeDef>> ServerSideEntity::_registered_interfaces;
+std::map<std::string, std::set<std::string>> ServerSideEntity::_registered_items;
+std::unordered_map<Id, std::shared_ptr<ServerSideEntity>> ServerSideEntity::_sharedObjects;
+quorl::SharedMutex ServerSideEntity::_sharedObjectsMutex;
+std::map<std::string, std::vector<std::weak_ptr<ServerSideEntity::Interface>>> ServerSideEntity::_module_entities;
+std::recursive_mutex ServerSideEntity::_module_entities_mutex;
+
+namespace {
+/// A parent chain longer than this is a loop made by a module; walks stop there instead of hanging the server.
+constexpr int kMaxTreeDepth = 4096;
+}
+
+// ---- Construction --------------------------------------------------------------------------------------------------
+
+ServerSideEntity::ServerSideEntity(quorl::modular::ModuleID const& module, std::string const& type, Id id)
+    : id(id.IsNull() ? Id::Generate("ENTT") : id) {
+    this->module = module;
+    this->type = type;
+    Construct();
+}
+
+ServerSideEntity::ServerSideEntity(Id id, quorl::filesystem::ReadOnlyStream& out) : id(id) {
+    out = Deserialize();
+    Construct();
+}
+
+void ServerSideEntity::Construct() {
+    auto types = _registered_interfaces.find(module.String());
+    if (types == _registered_interfaces.end())
+        return;
+    auto definition = types->second.find(type);
+    if (definition == types->second.end())
+        return;
+    auto const& typeDef = definition->second;
+    if (typeDef.factory)
+        interface = typeDef.factory();
+    if (typeDef.config) {
+        // The first entity of a type reads the type's config, on whichever side it is made.
+        std::lock_guard lock(typeDef.config->mutex);
+        if (!typeDef.config->loaded) {
+            typeDef.config->ReadConfig();
+            typeDef.config->loaded = true;
+        }
+        config = typeDef.config;
+    }
+    InitNodes();
+}
+
+ServerSideEntity::~ServerSideEntity() {
+    interface.reset();
+    if (delete_save_on_destroy) {
+        std::error_code ignored;
+        std::filesystem::remove(GetStateSaveFile(), ignored);
+    }
+}
+
+void ServerSideEntity::InitNodes() {
+    BaseEntity::InitNodes();
+    for (auto& [name, collider] : colliders) {
+        collider.entity = id;
+        collider.name = name;
+    }
+}
+
+void ServerSideEntity::Update(double dt) {
+    if (interface && interface->started)
+        interface->CallUpdate(dt);
+    if (!nodes_animated && !nodes_dirty)
+        return;
+    if (config)
+        config->solver(this);
+    BaseEntity::Update(dt);
+}
+
+// ---- Registry ------------------------------------------------------------------------------------------------------
+
+void ServerSideEntity::ForEach(std::function<void(std::shared_ptr<ServerSideEntity> const&)> const& function) {
+    std::shared_lock lock(_sharedObjectsMutex);
+    for (auto const& [id, entity] : _sharedObjects) {
+        if (!entity)
+            continue;
+        auto copy = entity;
+        function(copy);
+    }
+}
+
+quorl::modular::ModuleID ServerSideEntity::FindModuleID(std::string const& name) {
+    for (auto const& [module, types] : _registered_interfaces)
+        if (types.contains(name))
+            return quorl::modular::ModuleID(module);
+    for (auto const& [module, items] : _registered_items)
+        if (items.contains(name))
+            return quorl::modular::ModuleID(module);
+    return {};
+}
+
+// ---- The tree ------------------------------------------------------------------------------------------------------
+
+std::shared_ptr<ServerSideEntity> ServerSideEntity::GetFirstNonComponentParent() const {
+    Id next = parent;
+    for (int depth = 0; !next.IsNull() && depth < kMaxTreeDepth; ++depth) {
+        auto ancestor = Get(next);
+        if (!ancestor)
+            return nullptr;
+        if (!ancestor->is_component)
+            return ancestor;
+        next = ancestor->parent;
+    }
+    return nullptr;
+}
+
+glm::dmat4 ServerSideEntity::GetTransformInPhysicsParent() const {
+    glm::dmat4 transform(1.0);
+    ServerSideEntity const* current = this;
+    std::shared_ptr<ServerSideEntity> holder;
+    for (int depth = 0; current->is_component && depth < kMaxTreeDepth; ++depth) {
+        auto parentEntity = Get(current->parent);
+        if (!parentEntity)
+            break;
+        transform = current->GetTransform() * transform;
+        holder = parentEntity;
+        current = holder.get();
+    }
+    return transform;
+}
+
+// ---- The world -----------------------------------------------------------------------------------------------------
+
+void ServerSideEntity::UnloadAllEntities() {
+    std::vector<std::shared_ptr<ServerSideEntity>> unloaded;  // destroyed after the lock is released
+    std::unique_lock lock(_sharedObjectsMutex);
+    quorl::filesystem::AtomicFileBatch saves;
+    for (auto const& [id, entity] : _sharedObjects) {
+        if (!entity || entity->save_tag == 0 || entity->is_component)
+            continue;
+        saves.Add(entity->GetStateSaveFile(), entity->SaveState());
+        entity->delete_save_on_destroy = false;
+    }
+    saves.Commit();
+    unloaded.reserve(_sharedObjects.size());
+    for (auto& [id, entity] : _sharedObjects)
+        unloaded.push_back(std::move(entity));
+    _sharedObjects.clear();
+}
+
+void ServerSideEntity::LoadAllEntities() {
+    std::filesystem::path folder = "../Meridon-data/server/worlds/" + Game::_current_world + "/entities";
+    if (!std::filesystem::exists(folder))
+        return;
+    for (auto const& file : std::filesystem::directory_iterator(folder)) {
+        if (!file.is_regular_file() || file.path().extension() != ".entitystate")
+            continue;
+        Interface::Create(Id(file.path().stem().string()));
+    }
+}
+
+}

@@ -1,0 +1,244 @@
+#include "game/entity/EntityConfig.h"
+
+#include "tests/engine/filesystem/TempDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <glm/gtc/constants.hpp>
+#include <glm/gtc/matrix_transform.hpp>
+
+#include <memory>
+
+using game::entity::EntityConfig;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+void ExpectNear(glm::dvec3 const& actual, glm::dvec3 const& expected) {
+    EXPECT_NEAR(actual.x, expected.x, 1e-5);
+    EXPECT_NEAR(actual.y, expected.y, 1e-5);
+    EXPECT_NEAR(actual.z, expected.z, 1e-5);
+}
+
+void ExpectNear(glm::dmat4 const& actual, glm::dmat4 const& expected) {
+    for (int column = 0; column < 4; ++column) {
+        for (int row = 0; row < 4; ++row) {
+            EXPECT_NEAR(actual[column][row], expected[column][row], 1e-5) << "column " << column << " row " << row;
+        }
+    }
+}
+
+glm::dvec3 Translation(glm::dmat4 const& transform) {
+    return glm::dvec3(transform[3]);
+}
+
+}
+
+class EntityConfigTest : public testing::Test {
+protected:
+    EntityConfig& Load(std::string const& text) {
+        WriteFile(path, text);
+        config = std::make_unique<EntityConfig>(path);
+        config->ReadConfig();
+        return *config;
+    }
+
+    TempDirectory directory;
+    std::string path = directory.File("type.entity");
+    std::unique_ptr<EntityConfig> config;
+};
+
+TEST_F(EntityConfigTest, ColliderGeometryTurnsFromZUpToYUp) {
+    auto& collider = Load("[COLLIDER c]\n"
+                          "box_min 0 0 0\n"
+                          "box_max 1 2 3\n"
+                          "vertices 1 2 3  4 5 6\n"
+                          "faces_normal 0 0 2  0 1 0\n"
+                          "triangles 0 1 2  3 4 65535\n")
+                         .colliders.at("c");
+    ExpectNear(collider.box_min, {0, 0, -2});
+    ExpectNear(collider.box_max, {1, 3, 0});
+    ASSERT_EQ(collider.vertices_count, 2);
+    ExpectNear(collider.vertices[0], {1, 3, -2});
+    ExpectNear(collider.vertices[1], {4, 6, -5});
+    ASSERT_EQ(collider.normals_count, 2);
+    ExpectNear(collider.faces_normal[0], {0, 1, 0});
+    ExpectNear(collider.faces_normal[1], {0, 0, -1});
+    ASSERT_EQ(collider.triangles_count, 2);
+    EXPECT_EQ(collider.triangles[1], (std::array<uint16_t, 3>{3, 4, 65535}));
+}
+
+TEST_F(EntityConfigTest, MeshListsStopAtTheirArraysAndMayBeEmpty) {
+    std::string vertices = "vertices";
+    std::string normals = "faces_normal";
+    for (int i = 0; i < 20; ++i) {
+        vertices += " 1 2 3";
+        normals += " 0 0 1";
+    }
+    auto& config = Load("[COLLIDER full]\n" + vertices + "\n" + normals +
+                        "\ntriangles 1 1 1 2 2 2 3 3 3 4 4 4 5 5 5 6 6 6 7 7 7 8 8 8 9 9 9 10 10 10 11 11 11 12 12 12 13 13 13\n"
+                        "[COLLIDER empty]\nvertices 1 2 3\nvertices\ntriangles =\n");
+    auto const& full = config.colliders.at("full");
+    EXPECT_EQ(full.vertices_count, 8);
+    EXPECT_EQ(full.normals_count, 12);
+    EXPECT_EQ(full.triangles_count, 12);
+    ExpectNear(full.vertices[7], {1, 3, -2});
+    EXPECT_EQ(full.triangles[11][0], 12);
+    auto const& empty = config.colliders.at("empty");
+    EXPECT_EQ(empty.vertices_count, 0);
+    EXPECT_EQ(empty.triangles_count, 0);
+}
+
+TEST_F(EntityConfigTest, ValuesKeepTheirEarlierStateWhenALineDoesNotParse) {
+    auto& config = Load("[ENTITY e]\nmass 3\nmass heavy\n"
+                        "[CAMERA eye]\nznear 0.5\nznear near\nposition 1 2 3\nposition 4 x 6\nunknown 7\n"
+                        "[COLLIDER yes]\nis_build_block YES\n[COLLIDER one]\nis_build_block 1\n"
+                        "[COLLIDER on]\nis_build_block true\nis_build_block on\n[COLLIDER kept]\nis_build_block true\n"
+                        "is_build_block\n");
+    EXPECT_EQ(config.mass, 3.0);
+    EXPECT_EQ(config.cameras.at("eye").znear, 0.5f);
+    ExpectNear(config.cameras.at("eye").position, {1, 2, 3});
+    EXPECT_TRUE(config.colliders.at("yes").is_build_block);
+    EXPECT_TRUE(config.colliders.at("one").is_build_block);
+    EXPECT_FALSE(config.colliders.at("on").is_build_block);
+    EXPECT_TRUE(config.colliders.at("kept").is_build_block);
+}
+
+TEST_F(EntityConfigTest, SectionsWithoutNameAreSkippedWithTheirLines) {
+    auto& config = Load("[ENTITY]\nmass 9\n[JOINT]\nposition 1 1 1\n[TARGET t]\nposition 1 2 3\n"
+                        "[MARKER m]\nparent t\n[ENTITY e]\nmass 2\n[ENTITY f]\nbase_planes +X -Z\n");
+    EXPECT_EQ(config.mass, 2.0) << "a second ENTITY overwrites value by value";
+    EXPECT_THAT(config.base_planes, ElementsAre("+X", "-Z"));
+    EXPECT_TRUE(config.joints.empty());
+    ASSERT_EQ(config.nodes.size(), 2u) << "unknown keywords still make nodes; ENTITY never does";
+    EXPECT_EQ(config.nodes.at("m").type, "MARKER");
+    EXPECT_EQ(config.nodes.at("m").parent, "t");
+    ExpectNear(Translation(config.nodes.at("t").transform), {1, 3, -2});
+}
+
+TEST_F(EntityConfigTest, BasePlanesDefaultWhenMissingOrEmpty) {
+    EXPECT_THAT(Load("[TARGET t]\n").base_planes, ElementsAre("-Z", "-Y"));
+    EXPECT_EQ(config->mass, 0.0);
+    EXPECT_THAT(Load("[ENTITY e]\nbase_planes +X\nbase_planes\n").base_planes, ElementsAre("-Z", "-Y"));
+}
+
+TEST_F(EntityConfigTest, MissingJointAxesArePinnedToTheFinalRestPose) {
+    auto const& joint = Load("[JOINT j]\nlinear_x -1 0 1\nposition 1 2 3\nangular_z 90 0 -90\nangular_y 1 2\n"
+                             "rotation 10 20 30\nposition 4 5 6\n")
+                            .joints.at("j");
+    EXPECT_TRUE(joint.has_linear_x);
+    EXPECT_FALSE(joint.has_linear_y);
+    EXPECT_FALSE(joint.has_angular_y) << "an axis line that does not parse counts as missing";
+    EXPECT_TRUE(joint.has_angular_z);
+    ExpectNear(joint.linear_limit1, {-1, 5, 6});
+    ExpectNear(joint.linear_start, {0, 5, 6});
+    ExpectNear(joint.linear_limit2, {1, 5, 6});
+    ExpectNear(joint.angular_limit1, {10, 20, 90});
+    ExpectNear(joint.angular_start, {10, 20, 0});
+    ExpectNear(joint.angular_limit2, {10, 20, -90});
+}
+
+TEST_F(EntityConfigTest, RereadReplacesJointsButKeepsVanishedColliders) {
+    Load("[COLLIDER c]\nposition 1 0 0\n[JOINT j]\n[CAMERA eye]\n");
+    WriteFile(path, "[TARGET t]\n");
+    config->ReadConfig();
+    EXPECT_TRUE(config->joints.empty());
+    EXPECT_TRUE(config->cameras.empty());
+    EXPECT_EQ(config->colliders.count("c"), 1u);
+    EXPECT_EQ(config->nodes.size(), 4u);
+}
+
+TEST_F(EntityConfigTest, AnUnreadableFileIsReportedWithItsPath) {
+    EntityConfig missing(directory.File("missing.entity"));
+    testing::internal::CaptureStderr();
+    missing.ReadConfig();
+    std::string output = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(output, HasSubstr(directory.File("missing.entity")));
+    EXPECT_THAT(output, HasSubstr("No such file or directory"));
+    EXPECT_TRUE(missing.nodes.empty());
+    EXPECT_EQ(missing.GetMesh(), nullptr);
+}
+
+TEST_F(EntityConfigTest, TransformFromBlenderTurnsAxesAndAppliesXThenZThenY) {
+    glm::vec3 degrees(30, -50, 70);
+    // The same rotation built in file axes, then turned to game axes.
+    glm::dmat4 zUpToYUp = glm::rotate(glm::dmat4(1.0), -glm::half_pi<double>(), glm::dvec3(1, 0, 0));
+    glm::dvec3 radians = glm::radians(glm::dvec3(degrees));
+    glm::dmat4 inFile = glm::translate(glm::dmat4(1.0), glm::dvec3(1, 2, 3)) *
+                        glm::rotate(glm::dmat4(1.0), radians.y, glm::dvec3(0, 1, 0)) *
+                        glm::rotate(glm::dmat4(1.0), radians.z, glm::dvec3(0, 0, 1)) *
+                        glm::rotate(glm::dmat4(1.0), radians.x, glm::dvec3(1, 0, 0));
+    ExpectNear(glm::dmat4(EntityConfig::TransformFromBlender({1, 2, 3}, degrees)),
+               zUpToYUp * inFile * glm::inverse(zUpToYUp));
+}
+
+TEST_F(EntityConfigTest, TransformWalksStopAtTheFirstJointAbove) {
+    auto& config = Load("[COLLIDER base]\nposition 0 0 1\n"
+                        "[JOINT hinge]\nparent base\nposition 1 0 0\nrotation 0 0 90\n"
+                        "[COLLIDER leaf]\nparent hinge\nposition 2 0 0\n"
+                        "[TARGET tip]\nparent leaf\nposition 0 0 3\n"
+                        "[TARGET loose]\nparent nowhere\nposition 0 0 1\n"
+                        "[TARGET a]\nparent b\n[TARGET b]\nparent a\n");
+    auto transform = [&config](char const* name) { return glm::dmat4(config.nodes.at(name).transform); };
+
+    ExpectNear(config.GetAbsoluteTransform("tip"), transform("base") * transform("hinge") * transform("leaf") *
+                                                        transform("tip"));
+    ExpectNear(Translation(config.GetAbsoluteTransform("tip")), {1, 4, -2});
+    ExpectNear(Translation(config.GetAbsoluteTransform("loose")), {0, 1, 0});
+
+    std::string joint = "stale";
+    ExpectNear(config.GetTransformRelativeToFirstParentJointOrRoot("tip", joint), transform("leaf") * transform("tip"));
+    EXPECT_EQ(joint, "hinge");
+    ExpectNear(config.GetTransformRelativeToFirstParentJointOrRoot("hinge", joint), glm::dmat4(1.0));
+    EXPECT_EQ(joint, "hinge");
+    ExpectNear(config.GetTransformRelativeToFirstParentJointOrRoot("base", joint), transform("base"));
+    EXPECT_EQ(joint, "");
+
+    // A parent cycle in a bad file ends the walk instead of hanging it.
+    config.GetAbsoluteTransform("a");
+    config.GetTransformRelativeToFirstParentJointOrRoot("a", joint);
+    EXPECT_THROW(config.GetAbsoluteTransform("nothing"), std::out_of_range);
+}
+
+TEST_F(EntityConfigTest, ContentTypesLoadCleanly) {
+    auto load = [](std::string const& name) {
+        auto config = std::make_unique<EntityConfig>(MERIDON_CONTENT_DIR "/entities/" + name);
+        testing::internal::CaptureStderr();
+        config->ReadConfig();
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << name;
+        for (auto const& [node, _] : config->nodes) {
+            EXPECT_NO_THROW(config->GetAbsoluteTransform(node)) << name << " " << node;
+        }
+        return config;
+    };
+
+    auto crate = load("crate.entity");
+    EXPECT_GT(crate->mass, 0.0);
+    ExpectNear(crate->colliders.at("body").box_min, {-0.5, -0.5, -0.5});
+    EXPECT_EQ(crate->renderables.count("planks"), 1u);
+
+    auto door = load("door.entity");
+    auto const& hinge = door->joints.at("hinge");
+    EXPECT_TRUE(hinge.has_angular_z);
+    EXPECT_EQ(hinge.angular_limit1.z, -90.0f);
+    EXPECT_EQ(hinge.angular_limit2.z, 90.0f);
+    EXPECT_EQ(door->colliders.at("leaf").parent, "hinge");
+    EXPECT_EQ(door->colliders.size(), 3u);
+
+    auto wheel = load("wheel_assembly.entity");
+    auto const& tyre = wheel->colliders.at("wheel");
+    EXPECT_EQ(tyre.vertices_count, 8);
+    EXPECT_EQ(tyre.normals_count, 6);
+    EXPECT_EQ(tyre.triangles_count, 12);
+    EXPECT_EQ(tyre.parent, "axle");
+    EXPECT_TRUE(wheel->joints.at("axle").has_angular_y);
+    EXPECT_EQ(wheel->adapters.at("hub").type, "wheel_hub");
+    EXPECT_EQ(wheel->targets.at("ground_contact").parent, "wheel");
+
+    auto lamp = load("light_box.entity");
+    EXPECT_EQ(lamp->light_boxes.at("glow").parent, "housing");
+    ExpectNear(lamp->light_boxes.at("glow").box_min, {-2, -1.4, -2});
+    EXPECT_EQ(lamp->colliders.count("housing"), 1u);
+}

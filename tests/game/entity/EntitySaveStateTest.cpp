@@ -1,0 +1,258 @@
+#include "engine/filesystem/AtomicFileBatch.h"
+#include "tests/support/EntityState.h"
+#include "tests/support/EntityWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <random>
+
+using game::entity::Id;
+using game::entity::ServerSideEntity;
+
+class EntitySaveStateTest : public testing::Test {
+protected:
+    void SetUp() override {
+        world = std::make_unique<EntityWorld>(testing::UnitTest::GetInstance()->current_test_info()->name());
+    }
+    void TearDown() override { world.reset(); }
+
+    static std::shared_ptr<ServerSideEntity> MakeSaved(std::string const& type = "counter") {
+        auto entity = ServerSideEntity::Create(EntityWorld::Module(), type, Id{});
+        entity->save_tag = 1;
+        return entity;
+    }
+
+    /// The message of the error that loading `id` raises, or "" when it loads.
+    static std::string LoadError(Id id) {
+        try {
+            ServerSideEntity::Interface::Create(id);
+        } catch (std::exception const& error) {
+            return error.what();
+        }
+        return "";
+    }
+
+    /// Where the interface magic starts in the file of a counter with an empty note: before the end mark, the
+    /// 16-byte block (updates, note length) and the block's length.
+    static size_t InterfaceMagicOffset(size_t fileSize) { return fileSize - 4 - 16 - 8 - 4; }
+
+    static std::vector<unsigned char> ReadBytes(std::string const& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    static void WriteBytes(std::string const& path, std::vector<unsigned char> const& bytes) {
+        std::ofstream(path, std::ios::binary).write(reinterpret_cast<char const*>(bytes.data()), bytes.size());
+    }
+
+    std::unique_ptr<EntityWorld> world;
+};
+
+// ---- Round trips -------------------------------------------------------------------------------------------------------
+
+TEST_F(EntitySaveStateTest, EverySavedFieldAndTheInterfaceBlockComeBack) {
+    auto saved = MakeSaved("crate");
+    saved->position = {1.5, -2.25, 1e9};
+    saved->orientation = glm::normalize(glm::dquat(0.9, 0.1, -0.3, 0.2));
+    saved->environment = 0x1122334455667788u;
+    saved->parent_environment = 42;
+    Id parent = Id::Generate("ENTT");
+    saved->parent = parent;
+    saved->dynamic = true;
+    saved->linear_velocity = {0.1, 0.2, 0.3};
+    saved->angular_velocity = {-1, 0, 1e-300};
+    saved->rest_time = 0.5;
+    CounterState{17, "seventeen"}.Into(*saved);
+    Id id = saved->id;
+    auto expected = saved->SaveState();
+    saved.reset();
+
+    ServerSideEntity::UnloadAllEntities();
+    EXPECT_EQ(ReadBytes("../Meridon-data/server/worlds/" + Game::_current_world + "/entities/" + id.String() +
+                        ".entitystate"),
+              expected);
+    ServerSideEntity::LoadAllEntities();
+
+    auto loaded = ServerSideEntity::Get(id);
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(loaded->module, EntityWorld::Module());
+    EXPECT_EQ(loaded->type, "crate");
+    EXPECT_EQ(loaded->position, glm::dvec3(1.5, -2.25, 1e9));
+    EXPECT_EQ(loaded->orientation, glm::normalize(glm::dquat(0.9, 0.1, -0.3, 0.2)));
+    EXPECT_EQ(loaded->environment, 0x1122334455667788u);
+    EXPECT_EQ(loaded->parent_environment, 42u);
+    EXPECT_EQ(loaded->parent, parent);
+    EXPECT_TRUE(loaded->dynamic);
+    EXPECT_EQ(loaded->linear_velocity, glm::dvec3(0.1, 0.2, 0.3));
+    EXPECT_EQ(loaded->angular_velocity, glm::dvec3(-1, 0, 1e-300));
+    EXPECT_EQ(loaded->rest_time, 0.0) << "awake when saved";
+    ASSERT_NE(loaded->interface, nullptr);
+    EXPECT_TRUE(loaded->interface->started);
+    EXPECT_EQ(loaded->interface->entity.lock(), loaded);
+    EXPECT_EQ(loaded->interface->id, id);
+    EXPECT_EQ(loaded->interface->config, loaded->config);
+    EXPECT_EQ(CounterState::Of(*loaded).updates, 17u);
+    EXPECT_EQ(CounterState::Of(*loaded).note, "seventeen");
+    EXPECT_EQ(ServerSideEntity::_module_entities[EntityWorld::Module().String()].size(), 1u);
+}
+
+TEST_F(EntitySaveStateTest, SleepIsStoredAsAFlagAndRestoredAsTwoSeconds) {
+    auto atRest = MakeSaved();
+    atRest->dynamic = true;
+    atRest->rest_time = 1.0;
+    auto staticOne = MakeSaved();
+    staticOne->dynamic = false;
+    staticOne->rest_time = 0.0;
+    Id restId = atRest->id, staticId = staticOne->id;
+    atRest.reset();
+    staticOne.reset();
+
+    ServerSideEntity::UnloadAllEntities();
+    ServerSideEntity::LoadAllEntities();
+    EXPECT_EQ(ServerSideEntity::Get(restId)->rest_time, 2.0);
+    EXPECT_EQ(ServerSideEntity::Get(staticId)->rest_time, 2.0);
+}
+
+TEST_F(EntitySaveStateTest, OnlyTaggedNonComponentsAreSaved) {
+    auto tagged = MakeSaved();
+    auto untagged = ServerSideEntity::Create(EntityWorld::Module(), "counter", Id{});
+    auto component = MakeSaved();
+    component->is_component = true;
+    std::vector<std::string> files{tagged->GetStateSaveFile(), untagged->GetStateSaveFile(),
+                                   component->GetStateSaveFile()};
+    tagged.reset();
+    untagged.reset();
+    component.reset();
+
+    ServerSideEntity::UnloadAllEntities();
+    EXPECT_TRUE(std::filesystem::exists(files[0]));
+    EXPECT_FALSE(std::filesystem::exists(files[1]));
+    EXPECT_FALSE(std::filesystem::exists(files[2]));
+}
+
+TEST_F(EntitySaveStateTest, EmptyInterfaceBlockRoundTrips) {
+    auto counter = MakeSaved();
+    counter->Serialize();
+    auto bytes = ReadBytes(counter->GetStateSaveFile());
+    // Cut the block down to nothing: the interface then reads an empty stream and keeps its defaults.
+    std::vector<unsigned char> emptyBlock(bytes.begin(), bytes.begin() + InterfaceMagicOffset(bytes.size()) + 4);
+    for (int i = 0; i < 8; ++i)
+        emptyBlock.push_back(0);
+    for (char c : std::string("\nEOF"))
+        emptyBlock.push_back(static_cast<unsigned char>(c));
+    Id id = counter->id;
+    {
+        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+        ServerSideEntity::_sharedObjects.clear();
+    }
+    counter->delete_save_on_destroy = false;
+    counter.reset();
+    WriteBytes(EntityWorld::EntitiesFolder() + "/" + id.String() + ".entitystate", emptyBlock);
+
+    ASSERT_EQ(LoadError(id), "");
+    EXPECT_EQ(CounterState::Of(*ServerSideEntity::Get(id)).updates, 0u);
+}
+
+// ---- Bad files -----------------------------------------------------------------------------------------------------------
+
+TEST_F(EntitySaveStateTest, EachDamageGivesItsOwnMessage) {
+    auto entity = MakeSaved();
+    entity->Serialize();
+    Id id = entity->id;
+    std::string path = entity->GetStateSaveFile();
+    auto good = ReadBytes(path);
+    {
+        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+        ServerSideEntity::_sharedObjects.clear();
+    }
+    entity->delete_save_on_destroy = false;
+    entity.reset();
+
+    auto damaged = [&](size_t offset, unsigned char value) {
+        auto bytes = good;
+        bytes[offset] = value;
+        WriteBytes(path, bytes);
+        return LoadError(id);
+    };
+    std::string name = id.String();
+    EXPECT_EQ(damaged(0, 'X'), "Invalid save state magic string for entity " + name);
+    EXPECT_EQ(damaged(9, 'X'), "Invalid save state magic string for entity " + name) << "second magic, same words";
+    EXPECT_EQ(damaged(16, 2), "Invalid save state version for entity " + name);
+    EXPECT_EQ(damaged(InterfaceMagicOffset(good.size()), 'X'), "Invalid save state interface magic string for entity " + name);
+    std::filesystem::remove(path);
+    EXPECT_EQ(LoadError(id), "Save state file does not exist for entity " + name);
+    EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty()) << "no half-made entity stays";
+}
+
+TEST_F(EntitySaveStateTest, TruncatedRandomAndEmptyFilesFailClearly) {
+    auto entity = MakeSaved();
+    entity->Serialize();
+    Id id = entity->id;
+    std::string path = entity->GetStateSaveFile();
+    auto good = ReadBytes(path);
+    {
+        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+        ServerSideEntity::_sharedObjects.clear();
+    }
+    entity->delete_save_on_destroy = false;
+    entity.reset();
+
+    std::mt19937 random(7);
+    std::vector<std::vector<unsigned char>> files{{}};
+    for (size_t cut : {size_t(5), size_t(20), size_t(40), good.size() - 10})
+        files.emplace_back(good.begin(), good.begin() + cut);
+    for (int i = 0; i < 20; ++i) {
+        std::vector<unsigned char> noise(random() % 300);
+        for (auto& byte : noise)
+            byte = static_cast<unsigned char>(random());
+        files.push_back(noise);
+    }
+    for (auto const& bytes : files) {
+        WriteBytes(path, bytes);
+        std::string error = LoadError(id);
+        EXPECT_FALSE(error.empty()) << bytes.size() << " bytes loaded";
+        EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty());
+    }
+}
+
+TEST_F(EntitySaveStateTest, EntityOfAMissingModuleStaysOnDiskOnly) {
+    auto entity = ServerSideEntity::Create(quorl::modular::ModuleID("GONE_module"), "thing", Id{});
+    entity->save_tag = 1;
+    std::string path = entity->GetStateSaveFile();
+    entity.reset();
+    ServerSideEntity::UnloadAllEntities();
+
+    ServerSideEntity::LoadAllEntities();
+    EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty());
+    EXPECT_TRUE(std::filesystem::exists(path));
+}
+
+// ---- Never losing a good file ----------------------------------------------------------------------------------------
+
+TEST_F(EntitySaveStateTest, SavingIntoAMissingWorldNamesThePath) {
+    auto entity = MakeSaved();
+    std::filesystem::remove_all(EntityWorld::EntitiesFolder());
+    try {
+        entity->Serialize();
+        FAIL() << "saved into a folder that is not there";
+    } catch (std::runtime_error const& error) {
+        EXPECT_NE(std::string(error.what()).find(entity->GetStateSaveFile()), std::string::npos) << error.what();
+    }
+    std::filesystem::create_directories(EntityWorld::EntitiesFolder());
+}
+
+TEST_F(EntitySaveStateTest, LeftoverTemporaryFromACrashIsIgnoredAndReplaced) {
+    auto entity = MakeSaved();
+    CounterState{1, "old"}.Into(*entity);
+    entity->Serialize();
+    std::string path = entity->GetStateSaveFile();
+    WriteBytes(path + quorl::filesystem::AtomicFileBatch::kTemporarySuffix, {1, 2, 3});
+
+    CounterState{2, "new"}.Into(*entity);
+    Id id = entity->id;
+    entity.reset();
+    ServerSideEntity::UnloadAllEntities();
+    EXPECT_FALSE(std::filesystem::exists(path + quorl::filesystem::AtomicFileBatch::kTemporarySuffix));
+    ServerSideEntity::LoadAllEntities();
+    EXPECT_EQ(CounterState::Of(*ServerSideEntity::Get(id)).note, "new");
+}

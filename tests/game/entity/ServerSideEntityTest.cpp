@@ -1,0 +1,228 @@
+#include "game/entity/EntityConfig.h"
+#include "tests/support/EntityState.h"
+#include "tests/support/EntityWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+using game::entity::Id;
+using game::entity::ServerSideEntity;
+
+class ServerSideEntityTest : public testing::Test {
+protected:
+    void SetUp() override {
+        world = std::make_unique<EntityWorld>(testing::UnitTest::GetInstance()->current_test_info()->name());
+    }
+    void TearDown() override { world.reset(); }
+
+    static std::shared_ptr<ServerSideEntity> Make(std::string const& type, Id id = {}) {
+        return ServerSideEntity::Create(EntityWorld::Module(), type, id);
+    }
+
+    std::unique_ptr<EntityWorld> world;
+};
+
+// ---- Creation and the registry ---------------------------------------------------------------------------------------
+
+TEST_F(ServerSideEntityTest, NullIdIsReplacedByAFreshEntityId) {
+    auto entity = Make("counter");
+    EXPECT_FALSE(entity->id.IsNull());
+    EXPECT_EQ(entity->id.String().substr(0, 4), "ENTT");
+    EXPECT_EQ(ServerSideEntity::Get(entity->id), entity);
+
+    Id chosen = Id::Generate("ENTT");
+    EXPECT_EQ(Make("counter", chosen)->id, chosen);
+}
+
+TEST_F(ServerSideEntityTest, SecondEntityWithATakenIdIsRefusedAndTheFirstKeepsItsFile) {
+    auto first = Make("counter");
+    first->save_tag = 1;
+    first->Serialize();
+    try {
+        Make("counter", first->id);
+        FAIL() << "a taken id was accepted";
+    } catch (std::runtime_error const& error) {
+        EXPECT_EQ(std::string(error.what()),
+                  "UNIQUE_OBJECT ServerSideEntity with id " + first->id.String() + " already exists");
+    }
+    EXPECT_EQ(ServerSideEntity::Get(first->id), first);
+    EXPECT_TRUE(std::filesystem::exists(first->GetStateSaveFile()));
+}
+
+TEST_F(ServerSideEntityTest, UnknownTypeGivesAnEntityWithoutBehaviour) {
+    auto entity = ServerSideEntity::Create(quorl::modular::ModuleID("NOBODY_here"), "ghost", Id{});
+    EXPECT_EQ(entity->interface, nullptr);
+    EXPECT_EQ(entity->config, nullptr);
+    EXPECT_EQ(entity->mass, 0.0);
+    EXPECT_EQ(Make("no_such_type")->interface, nullptr);
+}
+
+TEST_F(ServerSideEntityTest, KnownTypeTakesItsNodesFromTheConfigReadOnce) {
+    auto crate = Make("crate");
+    ASSERT_NE(crate->interface, nullptr);
+    ASSERT_NE(crate->config, nullptr);
+    EXPECT_TRUE(crate->config->loaded);
+    EXPECT_GT(crate->mass, 0.0);
+    ASSERT_FALSE(crate->colliders.empty());
+    for (auto const& [name, collider] : crate->colliders) {
+        EXPECT_EQ(collider.entity, crate->id);
+        EXPECT_EQ(collider.name, name);
+        EXPECT_EQ(collider.vertices_count, 8u);
+        EXPECT_DOUBLE_EQ(collider.volume_factor, 0.25);
+    }
+    EXPECT_GT(crate->bounds_radius, 0.0);
+    EXPECT_EQ(crate->center_of_mass, crate->bounds_center);
+    EXPECT_EQ(Make("crate")->config, crate->config) << "one config per type";
+}
+
+TEST_F(ServerSideEntityTest, ForEachVisitsEveryLivingEntity) {
+    std::set<std::string> made{Make("counter")->id.String(), Make("crate")->id.String()};
+    std::set<std::string> seen;
+    ServerSideEntity::ForEach([&](auto const& entity) { seen.insert(entity->id.String()); });
+    EXPECT_EQ(seen, made);
+    EXPECT_EQ(ServerSideEntity::Get(Id::Generate("ENTT")), nullptr);
+}
+
+TEST_F(ServerSideEntityTest, FindsTheModuleOfATypeOrItem) {
+    EXPECT_EQ(ServerSideEntity::FindModuleID("door"), EntityWorld::Module());
+    EXPECT_EQ(ServerSideEntity::FindModuleID("crowbar"), EntityWorld::Module());
+    EXPECT_EQ(ServerSideEntity::FindModuleID("nothing"), quorl::modular::ModuleID());
+}
+
+// ---- The tree ----------------------------------------------------------------------------------------------------------
+
+TEST_F(ServerSideEntityTest, ComponentsMergeIntoTheirFirstNonComponentAncestor) {
+    auto body = Make("counter");
+    auto bracket = Make("counter");
+    auto lamp = Make("counter");
+    bracket->parent = body->id;
+    bracket->is_component = true;
+    bracket->position = {1, 0, 0};
+    lamp->parent = bracket->id;
+    lamp->is_component = true;
+    lamp->position = {0, 2, 0};
+
+    EXPECT_EQ(lamp->GetFirstNonComponentParent(), body);
+    EXPECT_EQ(bracket->GetFirstNonComponentParent(), body);
+    EXPECT_EQ(body->GetFirstNonComponentParent(), nullptr);
+    glm::dvec4 origin = lamp->GetTransformInPhysicsParent() * glm::dvec4(0, 0, 0, 1);
+    EXPECT_EQ(glm::dvec3(origin), glm::dvec3(1, 2, 0));
+    EXPECT_EQ(body->GetTransformInPhysicsParent(), glm::dmat4(1.0));
+
+    lamp->parent = Id::Generate("ENTT");  // a parent that is gone
+    EXPECT_EQ(lamp->GetFirstNonComponentParent(), nullptr);
+    EXPECT_EQ(lamp->GetTransformInPhysicsParent(), glm::dmat4(1.0));
+}
+
+TEST_F(ServerSideEntityTest, RightsFollowOwnerEveryoneAndNamedUsers) {
+    auto box = Make("counter");
+    auto& rights = *box->interface;
+    EXPECT_TRUE(rights.HasRight("open", "anyone")) << "nobody owns it";
+
+    rights.owner = "ada";
+    EXPECT_TRUE(rights.HasRight("open", "ada"));
+    EXPECT_FALSE(rights.HasRight("open", "bob"));
+    rights.rights["open"]["bob"] = true;
+    EXPECT_TRUE(rights.HasRight("open", "bob"));
+    rights.rights["open"]["@everyone"] = true;
+    EXPECT_TRUE(rights.HasRight("open", "carol"));
+    rights.rights["open"]["@everyone"] = false;
+    EXPECT_FALSE(rights.HasRight("open", "carol"));
+    EXPECT_TRUE(rights.HasRight("open", "bob")) << "falls through to the user's own entry";
+
+    auto handle = Make("counter");
+    handle->parent = box->id;
+    handle->is_component = true;
+    handle->interface->entity = handle;
+    EXPECT_FALSE(handle->interface->HasRight("open", "carol")) << "a component asks what holds it";
+    EXPECT_TRUE(handle->interface->HasRight("open", "ada"));
+}
+
+// ---- Updates and destruction ---------------------------------------------------------------------------------------
+
+TEST_F(ServerSideEntityTest, CollidersMoveOnlyWhenNodesAreMarked) {
+    auto door = Make("door");
+    ASSERT_FALSE(door->joints.empty());
+    auto& [jointName, joint] = *door->joints.begin();
+    joint.angular += glm::vec3(30.0f);
+    auto before = door->colliders;
+
+    door->Update(0.01);
+    for (auto const& [name, collider] : door->colliders)
+        EXPECT_EQ(collider.transform, before.at(name).transform) << name;
+
+    door->nodes_dirty = true;
+    door->Update(0.01);
+    bool moved = false;
+    for (auto const& [name, collider] : door->colliders)
+        moved |= collider.transform != before.at(name).transform;
+    EXPECT_TRUE(moved) << "the joint's colliders follow it";
+}
+
+TEST_F(ServerSideEntityTest, DestroyedEntityTakesItsFileWhileAnUnloadedOneKeepsIt) {
+    auto lost = Make("counter");
+    lost->Serialize();
+    std::string lostFile = lost->GetStateSaveFile();
+    auto kept = Make("counter");
+    kept->save_tag = 1;
+    std::string keptFile = kept->GetStateSaveFile();
+    {
+        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+        ServerSideEntity::_sharedObjects.erase(lost->id);
+    }
+    lost.reset();
+    EXPECT_FALSE(std::filesystem::exists(lostFile));
+
+    kept.reset();
+    ServerSideEntity::UnloadAllEntities();
+    EXPECT_TRUE(std::filesystem::exists(keptFile));
+    EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty());
+}
+
+// ---- The server tick -----------------------------------------------------------------------------------------------
+
+TEST_F(ServerSideEntityTest, TickUpdatesOnlyStartedInterfaces) {
+    auto counter = Make("counter");
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_EQ(CounterState::Of(*counter).updates, 0u) << "not started";
+    counter->interface->started = true;
+    Game::ServerUpdate(0.01, 1);
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_EQ(CounterState::Of(*counter).updates, 2u);
+}
+
+TEST_F(ServerSideEntityTest, TickCarriesMotionAndEnvironmentDownTheTree) {
+    auto ship = Make("counter");
+    auto deck = Make("counter");
+    auto crate = Make("counter");
+    ship->dynamic = true;
+    ship->rest_time = 0.5;
+    ship->environment = 7;
+    ship->parent_environment = 3;
+    deck->parent = ship->id;
+    crate->parent = deck->id;
+    crate->settled = true;
+
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_TRUE(deck->carried);
+    EXPECT_TRUE(crate->carried) << "through a parent that is carried itself";
+    EXPECT_FALSE(crate->settled);
+    EXPECT_EQ(crate->environment, 7u);
+    EXPECT_EQ(crate->parent_environment, 3u);
+
+    ship->rest_time = 2.0;  // asleep: no longer carries
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_FALSE(deck->carried);
+    EXPECT_FALSE(crate->carried) << "the tick's second pass sees the deck's new state";
+    crate->settled = true;
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_TRUE(crate->settled);
+
+    Id halfNull = ship->id;
+    halfNull.high = 0;
+    crate->parent = halfNull;
+    crate->environment = 0;
+    Game::ServerUpdate(0.01, 1);
+    EXPECT_EQ(crate->environment, 0u) << "a parent id with a zero word ends the walk at once";
+}

@@ -1,0 +1,58 @@
+// TEST_entities: a content module that registers entity types whose interfaces keep state of their own, for the
+// entity and save tests. Types: "counter" (no config; counts its updates), and "crate" and "door" with the bundled
+// configs.
+
+#include "modules/ModuleApi.h"
+
+#include "game/entity/EntityConfig.h"
+#include "game/entity/ServerSideEntityInterface.h"
+
+using game::entity::EntityConfig;
+using game::entity::ServerSideEntity;
+
+namespace {
+
+std::string const kModule = quorl::modular::ModuleID("TEST_entities").String();
+
+/// Its state: how many updates it has seen, and a note; both go into the save file's block.
+class CounterInterface : public ServerSideEntity::Interface {
+public:
+    void WriteState(quorl::filesystem::WriteOnlyStream& stream) override {
+        stream.Write(updates);
+        stream.Write(note);
+    }
+    void ReadState(quorl::filesystem::ReadOnlyStream& stream) override {
+        if (stream.Remaining() == 0)
+            return;
+        stream.Read(updates);
+        stream.Read(note);
+    }
+    void Start() override {}
+    void Update(double) override { ++updates; }
+    void Action(quorl::filesystem::ReadOnlyStream&, unsigned long, std::string const&) override {}
+    void FullSync(quorl::filesystem::WriteOnlyStream& stream) override { stream.Write(updates); }
+
+    uint64_t updates = 0;
+    std::string note;
+};
+
+void Register(std::string const& type, std::shared_ptr<EntityConfig> config) {
+    ServerSideEntity::_registered_interfaces[kModule][type] = ServerSideEntity::EntityTypeDef{
+        quorl::modular::ModuleID(kModule), type, std::move(config),
+        [] { return std::make_shared<CounterInterface>(); }};
+}
+
+}
+
+extern "C" void Load() {
+    Register("counter", nullptr);
+    Register("crate", std::make_shared<EntityConfig>(MERIDON_CONTENT_DIR "/entities/crate.entity"));
+    Register("door", std::make_shared<EntityConfig>(MERIDON_CONTENT_DIR "/entities/door.entity"));
+    ServerSideEntity::_registered_items[kModule].insert("crowbar");
+}
+
+// The factories live in this library: the types must go before it closes.
+extern "C" void Unload() {
+    ServerSideEntity::_registered_interfaces.erase(kModule);
+    ServerSideEntity::_registered_items.erase(kModule);
+}
