@@ -1,11 +1,63 @@
 // The example module, content side: MERIDON_example.MERIDON_Mod.so. Content modules are listed in Game::_mods
-// (the launcher's "mods"); Game::Start loads them, calls Load, and Game::Stop calls Unload before closing them.
+// (the launcher's "mods"); Game::Start loads them and calls Load, and Game::Stop calls Unload before closing them.
+//
+// This one brings the entity types of the demo world: a crate, a door, a wheel assembly and a light box. A type is
+// a config file (the shape: nodes, joints, colliders) and a factory of the Interface that gives each entity its
+// behaviour and its own part of the save file.
 
 #include "modules/ModuleApi.h"
+
+#include "game/entity/EntityConfig.h"
+#include "game/entity/ServerSideEntityInterface.h"
+
+using game::entity::EntityConfig;
+using game::entity::ServerSideEntity;
 
 // Tells a future game which module interface this was written for. The game keeps the address only.
 extern "C" uint32_t const _MERIDON_Mod_VERSION = MERIDON_MOD_VERSION;
 
-extern "C" void Load() {}
+namespace {
 
-extern "C" void Unload() {}
+std::string const kModule = "MERIDON_example";
+
+/// Counts how often the entity has been loaded; the count lives in the entity's save file.
+class ExampleInterface : public ServerSideEntity::Interface {
+public:
+    // Written at unload into the entity's state file, read back at the next start: keep the two in step.
+    void WriteState(quorl::filesystem::WriteOnlyStream& stream) override { stream.Write(timesLoaded); }
+    void ReadState(quorl::filesystem::ReadOnlyStream& stream) override {
+        if (stream.Remaining() > 0)
+            stream.Read(timesLoaded);
+        ++timesLoaded;
+    }
+    // Runs once the state is read; update passes follow. Entities made by module code are started by it.
+    // save_tag is not part of the file: an entity that should outlive this run says so again each time it starts.
+    // Left at 0, the entity is dropped at unload and its file deleted with it.
+    void Start() override {
+        if (auto living = entity.lock())
+            living->save_tag = 1;
+    }
+    // Requests and syncs travel over the module's own network code; the demo has none.
+    void Action(quorl::filesystem::ReadOnlyStream&, unsigned long, std::string const&) override {}
+    void FullSync(quorl::filesystem::WriteOnlyStream& stream) override { stream.Write(timesLoaded); }
+
+    uint32_t timesLoaded = 0;
+};
+
+}
+
+// Registers the types. Config paths are relative to the game folder, where the launcher runs.
+extern "C" void Load() {
+    auto& types = ServerSideEntity::_registered_interfaces[quorl::modular::ModuleID(kModule).String()];
+    for (char const* type : {"crate", "door", "light_box", "wheel_assembly"}) {
+        auto config = std::make_shared<EntityConfig>("modules/" + kModule + "/entities/" + type + ".entity");
+        types[type] = {quorl::modular::ModuleID(kModule), type, config,
+                       [] { return std::make_shared<ExampleInterface>(); }};
+    }
+}
+
+// The factories are code of this library: the types must be gone before it closes. The launcher saves and drops
+// every entity before it stops the game, so no interface of ours outlives the library either.
+extern "C" void Unload() {
+    ServerSideEntity::_registered_interfaces.erase(quorl::modular::ModuleID(kModule).String());
+}

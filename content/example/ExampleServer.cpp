@@ -3,6 +3,7 @@
 #include "modules/ModuleApi.h"
 
 #include "game/Game.h"
+#include "game/entity/ServerSideEntityInterface.h"
 
 #include <iostream>
 #include <string>
@@ -13,9 +14,24 @@ long ticks = 0;
 double worldSeconds = 0.0;
 }
 
-// The launcher names the world before the first tick.
+// The launcher names the world before the first tick, once the saved entities are back. A new world gets a crate
+// and a door, started here as the game starts the entities it loads; their Start marks them to be saved.
 extern "C" void Server_Load(char const* worldName) {
     world = worldName;
+    bool empty = true;
+    game::entity::ServerSideEntity::ForEach([&](auto const&) { empty = false; });
+    if (!empty)
+        return;
+    quorl::modular::ModuleID example("MERIDON_example");
+    for (char const* type : {"crate", "door"}) {
+        auto entity = game::entity::ServerSideEntity::Create(example, type, game::entity::Id{});
+        if (entity->interface) {
+            entity->interface->entity = entity;
+            entity->interface->id = entity->id;
+            entity->interface->Start();
+            entity->interface->started = true;
+        }
+    }
 }
 
 // First thing in every server tick, before any entity moves.

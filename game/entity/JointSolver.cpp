@@ -61,7 +61,7 @@ void JointSolver::Pose(BaseEntity& entity, std::string const& name, Joint const&
                                glm::max(config.angular_limit1, config.angular_limit2));
 
     glm::dmat4 absolute =
-        parentAbsolute * glm::dmat4(EntityConfig::TransformFromBlender(value.linear, value.angular));
+        parentAbsolute * joint.offset * glm::dmat4(EntityConfig::TransformFromBlender(value.linear, value.angular));
     entity.node_transforms[name] = absolute;
     for (auto const& [node, fixed] : joint.nodes) {
         entity.node_transforms[node] = absolute * fixed;

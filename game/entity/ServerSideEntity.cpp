@@ -154,6 +154,9 @@ void ServerSideEntity::UnloadAllEntities() {
     for (auto& [id, entity] : _sharedObjects)
         unloaded.push_back(std::move(entity));
     _sharedObjects.clear();
+    // The weak pointers' control blocks were made by the modules' code; none may outlive its module's library.
+    std::lock_guard modules(_module_entities_mutex);
+    _module_entities.clear();
 }
 
 void ServerSideEntity::LoadAllEntities() {
