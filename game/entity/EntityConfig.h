@@ -110,7 +110,7 @@ public:
 
     /// Reads the file. Cameras, joints, targets and renderables are replaced; colliders, adapters, light boxes and
     /// nodes are only added to or overwritten, so those gone from the file stay. A file that cannot be opened is
-    /// reported on stderr with its path and adds nothing. Takes no lock.
+    /// reported on stderr with its path and read as an empty one. Takes no lock.
     void ReadConfig() override;
 
     /// The type's mesh; null until a mesh loader sets it.

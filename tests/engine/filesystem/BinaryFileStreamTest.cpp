@@ -1,7 +1,7 @@
 #include "engine/filesystem/BinaryFileStream.h"
 #include "engine/filesystem/WriteOnlyStream.h"
 
-#include "TempDirectory.h"
+#include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "engine/filesystem/ConfigFile.h"
 
-#include "TempDirectory.h"
+#include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "game/entity/EntityConfig.h"
 
-#include "tests/engine/filesystem/TempDirectory.h"
+#include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

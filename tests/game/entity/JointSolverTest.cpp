@@ -1,7 +1,7 @@
 #include "game/entity/BaseEntity.h"
 #include "game/entity/EntityConfig.h"
 
-#include "tests/engine/filesystem/TempDirectory.h"
+#include "tests/support/TempDirectory.h"
 
 #include <gtest/gtest.h>
 
