@@ -21,12 +21,10 @@ public:
     }
 };
 
-/// main() for a benchmark executable that reports JSON lines.
-#define MERIDON_BENCHMARK_MAIN()                                   \
-    int main(int argc, char** argv) {                              \
-        benchmark::Initialize(&argc, argv);                        \
-        JsonLineReporter reporter;                                 \
-        benchmark::RunSpecifiedBenchmarks(&reporter);              \
-        benchmark::Shutdown();                                     \
-        return 0;                                                  \
-    }
+/// Runs the benchmarks of the executable, reporting JSON lines; for its main().
+inline void RunBenchmarks(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    JsonLineReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+}

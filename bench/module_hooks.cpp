@@ -36,4 +36,9 @@ void CallHooksOfSortedList(benchmark::State& state) {
 BENCHMARK(CallHooksOfAllModules)->Arg(1)->Arg(4);
 BENCHMARK(CallHooksOfSortedList)->Arg(1)->Arg(4);
 
-MERIDON_BENCHMARK_MAIN()
+int main(int argc, char** argv) {
+    RunBenchmarks(argc, argv);
+    // Closed here, while the test modules' own globals still exist for their unload hooks.
+    GAME_Mod::UnloadModules();
+    return 0;
+}
