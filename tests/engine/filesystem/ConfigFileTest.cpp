@@ -419,11 +419,15 @@ private:
     int _reads = 0;
 };
 
-/// Rewrites the file with a write time clearly later than before, whatever the file system's time resolution.
+/// Replaces the file with a write time clearly later than before, whatever the file system's time resolution. The
+/// new file appears whole, by rename, so the watcher never sees it half-written or with its first write time.
 void EditFile(std::string const& path, std::string const& content) {
-    auto before = std::filesystem::last_write_time(path);
-    WriteFile(path, content);
-    std::filesystem::last_write_time(path, before + std::chrono::seconds(10));
+    auto before = std::filesystem::exists(path) ? std::filesystem::last_write_time(path)
+                                                : std::filesystem::file_time_type::clock::now();
+    std::string next = path + ".next";
+    WriteFile(next, content);
+    std::filesystem::last_write_time(next, before + std::chrono::seconds(10));
+    std::filesystem::rename(next, path);
 }
 
 TEST_F(ConfigFileTest, AutoReloadPicksUpAnEdit) {
