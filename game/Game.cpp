@@ -39,6 +39,7 @@ game::entity::EnvironmentId Game::parentEnvironmentId = 0;
 game::entity::EnvironmentId Game::relativeEnvironmentId = 0;
 bool Game::environmentIsLoaded = false;
 glm::dmat4 Game::backgroundTransform(1.0);
+std::unordered_map<game::entity::EnvironmentId, game::physics::EnvironmentFunction> Game::_environmentFunctions;
 
 bool Game::adminWindowOpen = false;
 bool Game::settingsWindowOpen = false;
@@ -53,6 +54,14 @@ int Game::debugGizmoOp = 0;
 glm::dmat4 Game::debugGizmoTransform(1.0);
 bool Game::debugClientSidePhysics = false;
 bool Game::debugServerSidePhysics = false;
+std::vector<Game::PhysicsLineDebug> Game::physicsDebugLines_front;
+std::vector<Game::PhysicsLineDebug> Game::physicsDebugLines_staging;
+std::vector<Game::PhysicsLineDebug> Game::physicsDebugLines_back;
+std::vector<Game::PhysicsColliderDebug> Game::physicsDebugColliders_front;
+std::vector<Game::PhysicsColliderDebug> Game::physicsDebugColliders_staging;
+std::vector<Game::PhysicsColliderDebug> Game::physicsDebugColliders_back;
+std::atomic<bool> Game::physicsDebugCollidersUpdated = false;
+std::mutex Game::physicsDebugMutex;
 
 std::vector<std::function<void()>> Game::_syncQueue;
 std::mutex Game::_syncMutex;
@@ -161,7 +170,7 @@ bool Started(ServerSideEntity const& entity) {
 
 }
 
-void Game::ServerUpdate(double dt, int) {
+void Game::ServerUpdate(double dt, int substeps) {
     if (timeActive) {
         auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(
             std::chrono::system_clock::now().time_since_epoch());
@@ -176,6 +185,7 @@ void Game::ServerUpdate(double dt, int) {
         entity.Update(dt);
         AncestorPass(entity);
     });
+    ServerSideEntity::PhysicsUpdate(dt, substeps);
     ForEachServerEntity([dt](ServerSideEntity& entity) {
         AncestorPass(entity);
         if (Started(entity))

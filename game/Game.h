@@ -2,9 +2,13 @@
 
 #include "engine/FPSCounter.h"
 #include "game/Export.h"
+#include "game/entity/ConvexMeshCollider.h"
 #include "game/entity/EnvironmentId.h"
+#include "game/physics/EnvironmentInfo.h"
 
 #include <glm/mat4x4.hpp>
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
 
 #include <array>
 #include <atomic>
@@ -29,6 +33,21 @@ namespace game::input { class Joystick; }
 class MERIDON_EXPORT Game {
 public:
     Game() = delete;
+
+    /// A line the physics debug view draws, in the space of `entity` (world space when it is null or gone).
+    struct PhysicsLineDebug {
+        game::entity::Id entity;
+        glm::vec3 start{0.0f};
+        glm::vec3 end{0.0f};
+        glm::vec4 color{1.0f};
+    };
+    /// A collider the physics debug view draws, with its transform in world space.
+    struct PhysicsColliderDebug {
+        game::entity::Id entity;
+        game::entity::ConvexMeshCollider collider;
+        /// The collider's body is asleep.
+        bool asleep = false;
+    };
 
     // ---- Set by the launcher before Start ----------------------------------------------------------------------
     /// Null in a process without a renderer: a dedicated server, which skips every renderer and audio step.
@@ -67,6 +86,8 @@ public:
     static game::entity::EnvironmentId relativeEnvironmentId;
     static bool environmentIsLoaded;
     static glm::dmat4 backgroundTransform;
+    /// Gravity, ground and medium of each environment, by id; filled by modules, asked by the physics.
+    static std::unordered_map<game::entity::EnvironmentId, game::physics::EnvironmentFunction> _environmentFunctions;
 
     // ---- Panels, monitors and debugging -------------------------------------------------------------------------
     static bool adminWindowOpen;
@@ -83,6 +104,16 @@ public:
     static glm::dmat4 debugGizmoTransform;
     static bool debugClientSidePhysics;
     static bool debugServerSidePhysics;
+    /// Physics debug data, triple-buffered: the server fills _back and swaps it with _staging under
+    /// physicsDebugMutex; the render thread swaps _staging with _front when physicsDebugCollidersUpdated is set.
+    static std::vector<PhysicsLineDebug> physicsDebugLines_front;
+    static std::vector<PhysicsLineDebug> physicsDebugLines_staging;
+    static std::vector<PhysicsLineDebug> physicsDebugLines_back;
+    static std::vector<PhysicsColliderDebug> physicsDebugColliders_front;
+    static std::vector<PhysicsColliderDebug> physicsDebugColliders_staging;
+    static std::vector<PhysicsColliderDebug> physicsDebugColliders_back;
+    static std::atomic<bool> physicsDebugCollidersUpdated;
+    static std::mutex physicsDebugMutex;
 
     // ---- Work for the game loop ----------------------------------------------------------------------------------
     static std::vector<std::function<void()>> _syncQueue;

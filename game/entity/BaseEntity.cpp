@@ -11,30 +11,6 @@ namespace game::entity {
 
 namespace {
 
-// Corners of a box are numbered by bits: bit 0 takes x from the maximum, bit 1 y, bit 2 z.
-constexpr std::array<std::array<uint16_t, 3>, 12> kBoxTriangles{{
-    {0, 2, 1}, {1, 2, 3},  // -z
-    {4, 5, 6}, {5, 7, 6},  // +z
-    {0, 1, 4}, {1, 5, 4},  // -y
-    {2, 6, 3}, {3, 6, 7},  // +y
-    {0, 4, 2}, {2, 4, 6},  // -x
-    {1, 3, 5}, {3, 7, 5},  // +x
-}};
-
-void MakeBox(ConvexMeshCollider& collider) {
-    for (int corner = 0; corner < 8; ++corner)
-        collider.vertices[corner] = {corner & 1 ? collider.box_max.x : collider.box_min.x,
-                                     corner & 2 ? collider.box_max.y : collider.box_min.y,
-                                     corner & 4 ? collider.box_max.z : collider.box_min.z};
-    collider.vertices_count = 8;
-    collider.normals[0] = {1, 0, 0};
-    collider.normals[1] = {0, 1, 0};
-    collider.normals[2] = {0, 0, 1};
-    collider.normals_count = 3;
-    collider.triangles = kBoxTriangles;
-    collider.triangles_count = 12;
-}
-
 /// The collider's box and radius from the vertices it really has.
 void FitBoxToVertices(ConvexMeshCollider& collider) {
     if (collider.vertices_count == 0)
@@ -64,7 +40,13 @@ ConvexMeshCollider ColliderFromConfig(EntityConfig::Collider const& source, glm:
         collider.normals = source.faces_normal;
         collider.triangles = source.triangles;
     } else {
-        MakeBox(collider);
+        auto box = ConvexMeshCollider::Box(source.box_min, source.box_max);
+        collider.vertices_count = box.vertices_count;
+        collider.normals_count = box.normals_count;
+        collider.triangles_count = box.triangles_count;
+        collider.vertices = box.vertices;
+        collider.normals = box.normals;
+        collider.triangles = box.triangles;
     }
     FitBoxToVertices(collider);
     return collider;

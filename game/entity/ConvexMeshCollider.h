@@ -1,5 +1,6 @@
 #pragma once
 
+#include "game/Export.h"
 #include "game/UniqueId.h"
 
 #include <glm/mat4x4.hpp>
@@ -12,13 +13,13 @@
 #include <string>
 #include <vector>
 
-namespace game::physics { struct Collision; }
+namespace game::physics { struct ContactEvent; }
 
 namespace game::entity {
 
 /// A small convex shape: at most a box with some corners cut (8 vertices, 12 face normals, 12 triangles), or a
 /// sphere. Entities keep them in entity space; the physics step works on world-space copies.
-struct ConvexMeshCollider {
+struct MERIDON_EXPORT ConvexMeshCollider {
     static constexpr size_t kMaxVertices = 8;
     static constexpr size_t kMaxNormals = 12;
     static constexpr size_t kMaxTriangles = 12;
@@ -50,7 +51,16 @@ struct ConvexMeshCollider {
     bool is_sphere = false;
     double friction = 0.2;
     /// Called for each contact; may edit it, and whether it returns true decides whether the contact counts.
-    std::function<bool(game::physics::Collision&)> on_contact;
+    std::function<bool(game::physics::ContactEvent&)> on_contact;
+
+    /// A box of these corners: 8 vertices numbered by bits (bit 0 takes x from the maximum, bit 1 y, bit 2 z), the
+    /// three axes as normals, 12 triangles, radius half the diagonal.
+    static ConvexMeshCollider Box(glm::vec3 const& min, glm::vec3 const& max);
+
+    /// `position` (entity or world space, as `transform` is) moved into the box grown by `margin` on every side.
+    glm::dvec3 GetPositionClamped(glm::dvec3 const& position, double margin) const;
+    /// Counts as no shape at all: wherever sub-colliders are walked, an empty one and its tree are skipped.
+    bool IsEmpty() const;
 };
 
 }

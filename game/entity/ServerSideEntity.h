@@ -6,6 +6,8 @@
 #include "game/entity/BaseEntity.h"
 #include "game/entity/EnvironmentId.h"
 
+#include <glm/mat3x3.hpp>
+
 #include <functional>
 #include <map>
 #include <memory>
@@ -61,6 +63,11 @@ public:
     std::shared_ptr<ServerSideEntity> GetFirstNonComponentParent() const;
     /// Entity space to the space of the body this entity is merged into: identity for a non-component.
     glm::dmat4 GetTransformInPhysicsParent() const;
+    /// Inertia of a solid box of the entity's size and mass, in world axes.
+    glm::dmat3 GetInertiaTensorWorld() const;
+
+    /// One physics tick over every entity: called by the server loop only, with no entity lock held.
+    static void PhysicsUpdate(double dt, int substeps);
 
     /// Saves every entity with a non-zero save_tag that is no component, then empties the table. The files are
     /// replaced together, so that a crash leaves each one old or new.

@@ -1,0 +1,295 @@
+// One physics tick: entities are copied into bodies grouped by environment and parent, the bodies are stepped,
+// and the results are written back. Bodies live for this tick only; the entities are the state.
+//
+// Index:
+//   The tick's tables     bodies by environment, then by parent id
+//   Sorting               entities into obstacles, free bodies and parented bodies
+//   Steps                 components, frame accelerations, broad phase, stepping, write-back, debug view
+
+#include "game/entity/ServerSideEntity.h"
+#include "game/physics/DynamicRigidbody.h"
+
+#include <glm/gtc/matrix_transform.hpp>
+
+#include <tuple>
+
+namespace game::entity {
+
+using game::physics::DynamicRigidbody;
+using game::physics::EnvironmentFunction;
+using game::physics::Rigidbody;
+
+glm::dmat3 ServerSideEntity::GetInertiaTensorWorld() const {
+    double m = mass;
+    glm::dvec3 s2 = size * size;
+    glm::dmat3 local(0.0);
+    local[0][0] = m * (s2.y + s2.z) / 12.0;
+    local[1][1] = m * (s2.x + s2.z) / 12.0;
+    local[2][2] = m * (s2.x + s2.y) / 12.0;
+    glm::dmat3 rotation = glm::mat3_cast(orientation);
+    return rotation * local * glm::transpose(rotation);
+}
+
+namespace {
+
+// ---- The tick's tables ---------------------------------------------------------------------------------------------
+
+enum class RigidbodyEnvType : uint8_t { Obstacle = 0, Free = 1, Parented = 2 };
+
+/// Environment, then the parent's id (null for bodies with no parent).
+template <class Value>
+using Table = std::unordered_map<EnvironmentId, std::unordered_map<Id, Value>>;
+
+struct Tick {
+    double dt;
+    Table<std::vector<std::shared_ptr<ServerSideEntity>>> components;  // second key: the root's id
+    Table<std::tuple<RigidbodyEnvType, size_t, Id>> lookup;            // second key: the entity's own id
+    Table<std::vector<Rigidbody>> obstacles;
+    Table<std::vector<DynamicRigidbody>> free_bodies;
+    Table<std::vector<DynamicRigidbody>> parented_bodies;
+
+    /// The body of `id` in environment `environment`, whichever table holds it; null if none does.
+    Rigidbody* Find(EnvironmentId environment, Id const& id) {
+        auto inEnvironment = lookup.find(environment);
+        if (inEnvironment == lookup.end())
+            return nullptr;
+        auto found = inEnvironment->second.find(id);
+        if (found == inEnvironment->second.end())
+            return nullptr;
+        auto const& [type, index, parent] = found->second;
+        switch (type) {
+        case RigidbodyEnvType::Obstacle:
+            return &obstacles[environment][parent][index];
+        case RigidbodyEnvType::Free:
+            return &free_bodies[environment][parent][index];
+        case RigidbodyEnvType::Parented:
+            return &parented_bodies[environment][parent][index];
+        }
+        return nullptr;
+    }
+};
+
+// ---- Sorting -------------------------------------------------------------------------------------------------------
+
+void Sort(Tick& tick, std::shared_ptr<ServerSideEntity> const& entity) {
+    auto& e = *entity;
+    e.nodes_dirty = false;
+    if (!e.physics_enabled || !(e.mass > 0.0))
+        return;
+    if (e.environment != 0) {
+        if (e.is_component) {
+            if (auto root = e.GetFirstNonComponentParent())
+                tick.components[e.environment][root->id].push_back(entity);
+        } else if (e.dynamic && e.rest_time < 1.0) {
+            auto& group = tick.free_bodies[e.environment][e.parent];
+            tick.lookup[e.environment][e.id] = {RigidbodyEnvType::Free, group.size(), e.parent};
+            group.emplace_back(entity, tick.dt);
+        } else {
+            auto& group = tick.obstacles[e.environment][e.parent];
+            tick.lookup[e.environment][e.id] = {RigidbodyEnvType::Obstacle, group.size(), e.parent};
+            group.emplace_back(entity);
+            e.rest_time = std::clamp(e.rest_time + tick.dt, 0.0, 1.0);
+        }
+    } else if (e.parent_environment != 0 && e.dynamic && e.rest_time < 1.0 && !e.is_component) {
+        auto& group = tick.parented_bodies[e.parent_environment][e.parent];
+        tick.lookup[e.parent_environment][e.id] = {RigidbodyEnvType::Parented, group.size(), e.parent};
+        group.emplace_back(entity, tick.dt);
+    }
+}
+
+// ---- Steps ---------------------------------------------------------------------------------------------------------
+
+/// Fastens each component's colliders to its root's body. Component masses and inertias are not added.
+void MergeComponents(Tick& tick) {
+    for (auto& [environment, roots] : tick.components)
+        for (auto& [rootId, components] : roots) {
+            Rigidbody* body = tick.Find(environment, rootId);
+            if (!body)
+                continue;
+            for (auto const& component : components) {
+                glm::dmat4 toBody = glm::translate(glm::dmat4(1.0), -body->center_of_mass) *
+                                    component->GetTransformInPhysicsParent();
+                for (auto const& [name, collider] : component->colliders) {
+                    auto& copy = body->colliders.emplace_back(collider);
+                    copy.transform = toBody * collider.transform;
+                }
+                for (glm::dvec3 const& corner : {component->bounds_min, component->bounds_max}) {
+                    glm::dvec3 moved(toBody * glm::dvec4(corner, 1.0));
+                    body->bounds_min = glm::min(body->bounds_min, moved);
+                    body->bounds_max = glm::max(body->bounds_max, moved);
+                }
+                body->ComputeBounds();
+            }
+        }
+}
+
+/// The acceleration of a moving parent's frame at `entity`: its spin about the entity's place, plus what its
+/// accelerometer reads.
+glm::dvec3 FrameAcceleration(ServerSideEntity const& parent, ServerSideEntity const& entity) {
+    return glm::cross(parent.angular_velocity, entity.position) + parent.local_acceleration;
+}
+
+void ObstacleAccelerations(Tick& tick) {
+    for (auto& [environment, groups] : tick.obstacles)
+        for (auto& [parentId, bodies] : groups) {
+            auto parent = ServerSideEntity::Get(parentId);
+            for (auto& body : bodies) {
+                auto entity = body.entity.lock();
+                glm::dvec3 felt(0.0);
+                if (parent) {
+                    body.frame_acceleration = FrameAcceleration(*parent, *entity);
+                    felt = body.frame_acceleration;
+                } else if (environment != 0) {
+                    auto function = Game::_environmentFunctions.find(environment);
+                    felt = function != Game::_environmentFunctions.end()
+                               ? function->second(entity->position, game::ENVIRONMENT_NOTHING, 0.0).gravity
+                               : game::physics::EnvironmentInfo{}.gravity;
+                }
+                entity->local_acceleration = glm::inverse(entity->orientation) * felt;
+            }
+        }
+}
+
+void BodyAccelerations(Table<std::vector<DynamicRigidbody>>& table) {
+    for (auto& [environment, groups] : table)
+        for (auto& [parentId, bodies] : groups)
+            if (auto parent = ServerSideEntity::Get(parentId))
+                for (auto& body : bodies)
+                    body.frame_acceleration = FrameAcceleration(*parent, *body.entity.lock());
+}
+
+/// Which bodies and obstacles of one group each body may touch this tick, by bounding spheres grown by the sweep.
+/// Each pair of moving bodies is listed once, with the earlier body.
+void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::vector<DynamicRigidbody>& bodies) {
+    std::vector<Rigidbody>* obstacles = nullptr;
+    if (auto inEnvironment = tick.obstacles.find(environment); inEnvironment != tick.obstacles.end())
+        if (auto group = inEnvironment->second.find(parentId); group != inEnvironment->second.end())
+            obstacles = &group->second;
+    Rigidbody* parentBody = parentId.IsNull() ? nullptr : tick.Find(environment, parentId);
+
+    for (size_t i = 0; i < bodies.size(); ++i) {
+        DynamicRigidbody& a = bodies[i];
+        for (size_t j = i + 1; j < bodies.size(); ++j) {
+            DynamicRigidbody& b = bodies[j];
+            if (a.ignored.contains(b.id) || b.ignored.contains(a.id))
+                continue;
+            if (a.broad_radius + b.broad_radius > glm::distance(a.center, b.center))
+                a.near_dynamic.push_back(&b);
+        }
+        if (obstacles)
+            for (auto& obstacle : *obstacles)
+                if (!a.ignored.contains(obstacle.id) &&
+                    a.broad_radius + obstacle.radius > glm::distance(a.center, obstacle.center))
+                    a.near_static.push_back(&obstacle);
+        a.parent_body = parentBody;
+        if (parentBody) {
+            glm::dvec3 parentCenter = parentBody->center_of_mass + parentBody->bounds_center;
+            if (a.ignored.contains(parentBody->id) ||
+                glm::distance(a.center, parentCenter) > a.broad_radius + parentBody->radius)
+                a.parent_body = nullptr;
+        }
+    }
+}
+
+void StepEnvironment(Tick& tick, EnvironmentId environment, std::unordered_map<Id, std::vector<DynamicRigidbody>>& groups,
+                     int substeps) {
+    // An environment that no module registered is an error of the world, not something to simulate around.
+    EnvironmentFunction& function = Game::_environmentFunctions.at(environment);
+    double h = tick.dt / substeps;
+    for (auto& [parentId, bodies] : groups) {
+        if (function)
+            for (auto& body : bodies)
+                if (body.aerodynamic)
+                    body.ComputeAerodynamicSurfaces(function);
+        if (auto parent = ServerSideEntity::Get(parentId); parent && parent->parent.IsNull()) {
+            glm::dmat4 parentTransform = parent->GetTransform();
+            for (auto& body : bodies)
+                if (body.aerodynamic)
+                    body.InteractWithEnvironmentFromParent(parentTransform, function, tick.dt);
+        }
+        // Bodies in a parent's frame are moved by their parent's module, not here.
+        if (!parentId.IsNull())
+            continue;
+        for (int step = 0; step < substeps; ++step) {
+            if (function)
+                for (auto& body : bodies)
+                    if (body.aerodynamic)
+                        body.InteractWithEnvironment(function, h);
+            for (auto& body : bodies)
+                body.CollisionDetection(h);
+            for (auto& body : bodies)
+                body.IntegrateMotion(h);
+        }
+    }
+}
+
+void PublishDebugView(Tick& tick) {
+    Game::physicsDebugLines_back.clear();
+    Game::physicsDebugColliders_back.clear();
+    auto gather = [](Rigidbody const& body, bool asleep) {
+        glm::dmat4 transform = body.GetTransform();
+        for (auto const& collider : body.colliders) {
+            auto& record = Game::physicsDebugColliders_back.emplace_back(
+                Game::PhysicsColliderDebug{body.id, collider, asleep});
+            record.collider.transform = transform * collider.transform;
+        }
+    };
+    for (auto& [environment, groups] : tick.obstacles)
+        for (auto& [parentId, bodies] : groups)
+            for (auto& body : bodies)
+                gather(body, true);
+    for (auto* table : {&tick.free_bodies, &tick.parented_bodies})
+        for (auto& [environment, groups] : *table)
+            for (auto& [parentId, bodies] : groups)
+                for (auto& body : bodies) {
+                    gather(body, false);
+                    for (auto line : body.debug_lines) {
+                        line.entity = body.id;
+                        Game::physicsDebugLines_back.push_back(line);
+                    }
+                }
+    std::lock_guard lock(Game::physicsDebugMutex);
+    std::swap(Game::physicsDebugLines_back, Game::physicsDebugLines_staging);
+    std::swap(Game::physicsDebugColliders_back, Game::physicsDebugColliders_staging);
+    Game::physicsDebugCollidersUpdated = true;
+}
+
+}
+
+void ServerSideEntity::PhysicsUpdate(double dt, int substeps) {
+    Tick tick{dt, {}, {}, {}, {}, {}};
+    ForEach([&](std::shared_ptr<ServerSideEntity> const& entity) { Sort(tick, entity); });
+
+    MergeComponents(tick);
+    ObstacleAccelerations(tick);
+    BodyAccelerations(tick.free_bodies);
+    BodyAccelerations(tick.parented_bodies);
+
+    for (auto& [environment, groups] : tick.free_bodies)
+        for (auto& [parentId, bodies] : groups)
+            BroadPhase(tick, environment, parentId, bodies);
+
+    // Bodies riding in a parent's environment: one step of the whole tick, meeting no environment.
+    for (auto& [environment, groups] : tick.parented_bodies)
+        for (auto& [parentId, bodies] : groups) {
+            BroadPhase(tick, environment, parentId, bodies);
+            for (auto& body : bodies)
+                body.CollisionDetection(dt);
+            for (auto& body : bodies)
+                body.IntegrateMotion(dt);
+        }
+
+    for (auto& [environment, groups] : tick.free_bodies)
+        StepEnvironment(tick, environment, groups, substeps);
+
+    for (auto* table : {&tick.free_bodies, &tick.parented_bodies})
+        for (auto& [environment, groups] : *table)
+            for (auto& [parentId, bodies] : groups)
+                for (auto& body : bodies)
+                    body.ApplyToEntity(dt);
+
+    if (Game::debugServerSidePhysics)
+        PublishDebugView(tick);
+}
+
+}

@@ -1,0 +1,228 @@
+#include "tests/support/PhysicsWorld.h"
+
+#include <glm/gtc/quaternion.hpp>
+
+#include <random>
+
+using game::entity::Id;
+using game::entity::ServerSideEntity;
+
+namespace {
+// Boxes whose edges are exactly parallel do not collide through the box test, so scenario boxes get a slight tilt.
+glm::dquat SlightTilt(double angle = 0.02) {
+    return glm::angleAxis(angle, glm::normalize(glm::dvec3(1.0, 0.0, 0.7)));
+}
+
+double Speed(ServerSideEntity const& entity) {
+    return glm::length(entity.linear_velocity);
+}
+}
+
+using PhysicsUpdateTest = PhysicsWorld;
+
+// ---- Coming to rest ----------------------------------------------------------------------------------------------------
+
+TEST_F(PhysicsUpdateTest, FooteredBoxDroppedOnAStaticBoxSettlesSleepsAndStays) {
+    // Rest needs three contacts in a step, one per pair of colliders: the dropped body stands on four feet. The
+    // static box is no larger than it, so it does not become the body's parent when it lands.
+    auto base = Box({0.0, 5.0, 0.0}, {0.9, 0.5, 0.9}, 1000.0, false);
+    auto table = ServerSideEntity::Create(quorl::modular::ModuleID(), "table", Id{});
+    for (int foot = 0; foot < 4; ++foot) {
+        glm::vec3 offset((foot & 1) ? 0.5f : -0.5f, 0.0f, (foot & 2) ? 0.5f : -0.5f);
+        table->colliders["foot" + std::to_string(foot)] =
+            game::entity::ConvexMeshCollider::Box(offset - glm::vec3(0.45f, 0.5f, 0.45f),
+                                                   offset + glm::vec3(0.45f, 0.5f, 0.45f));
+    }
+    table->UpdateBoundingBox(true);
+    table->position = {0.0, 7.0, 0.0};
+    table->orientation = SlightTilt();
+    table->mass = 40.0;
+    table->dynamic = true;
+    table->physics_enabled = true;
+    table->environment = kFlatGround;
+
+    int ticks = 0;
+    while (table->rest_time < 1.0 && ticks < 600) {
+        Run(1);
+        ++ticks;
+    }
+    ASSERT_GE(table->rest_time, 1.0) << "still moving after 10 s at height " << table->position.y;
+    EXPECT_TRUE(table->parent.IsNull());
+    EXPECT_NEAR(table->position.y, 6.0, 0.05);
+    glm::dvec3 settled = table->position;
+    Run(120);
+    EXPECT_EQ(table->position, settled) << "an obstacle stays put";
+}
+
+TEST_F(PhysicsUpdateTest, BodyLandingOnALargerObstacleJoinsIt) {
+    auto deck = Box({0.0, 1.0, 0.0}, {3.0, 0.5, 3.0}, 1000.0, false);
+    auto crate = Box({0.0, 2.2, 0.0}, glm::dvec3(0.5), 10.0);
+    crate->orientation = SlightTilt();
+    Run(60);
+    EXPECT_EQ(crate->parent, deck->id);
+    EXPECT_NEAR(crate->position.y, 1.0, 0.05) << "in the deck's frame, on its top";
+}
+
+// ---- Friction and impacts ------------------------------------------------------------------------------------------
+
+TEST_F(PhysicsUpdateTest, SlidingBoxStopsByFriction) {
+    auto box = Box({0.0, 0.5, 0.0}, glm::dvec3(0.5), 10.0, true, 0.5);
+    box->linear_velocity = {4.0, 0.0, 0.0};
+    Run(240);
+    EXPECT_LT(std::abs(box->linear_velocity.x), 0.1);
+    EXPECT_GT(box->position.x, 0.0);
+}
+
+TEST_F(PhysicsUpdateTest, FrictionlessBoxKeepsItsTangentialSpeed) {
+    auto box = Box({0.0, 0.5, 0.0}, glm::dvec3(0.5), 10.0, true, 0.0);
+    box->linear_velocity = {4.0, 0.0, 0.0};
+    Run(120);
+    EXPECT_EQ(box->linear_velocity.x, 4.0);
+    EXPECT_NEAR(box->position.x, 8.0, 0.01);
+}
+
+TEST_F(PhysicsUpdateTest, HeadOnCollisionConservesMomentumAndResolvesOverlap) {
+    auto light = Box({-3.0, 50.0, 0.0}, glm::dvec3(0.5), 1.0);
+    auto heavy = Box({3.0, 50.0, 0.0}, glm::dvec3(0.5), 2.0);
+    light->orientation = SlightTilt();
+    heavy->orientation = SlightTilt(-0.03);
+    light->linear_velocity = {6.0, 0.0, 0.0};
+    heavy->linear_velocity = {-6.0, 0.0, 0.0};
+    double before = 1.0 * light->linear_velocity.x + 2.0 * heavy->linear_velocity.x;
+
+    Run(60);
+    double after = 1.0 * light->linear_velocity.x + 2.0 * heavy->linear_velocity.x;
+    EXPECT_NEAR(after, before, 1e-6);
+    EXPECT_LT(light->linear_velocity.x, 0.0) << "the heavier box pushed it back";
+    EXPECT_GT(heavy->position.x - light->position.x, 0.99) << "no overlap left";
+}
+
+TEST_F(PhysicsUpdateTest, SphereRestsOnABox) {
+    auto post = Box({0.0, 1.0, 0.0}, glm::dvec3(0.5), 100.0, false);
+    auto ball = Sphere({0.1, 3.0, 0.0}, 0.5, 5.0);
+    Run(240);
+    EXPECT_TRUE(ball->parent.IsNull()) << "a post no larger than the ball does not carry it";
+    EXPECT_NEAR(ball->position.y, 2.0, 0.02) << "on the post's top at 1.5";
+    EXPECT_LT(Speed(*ball), 0.2);
+}
+
+// ---- Parents -------------------------------------------------------------------------------------------------------
+
+TEST_F(PhysicsUpdateTest, BodyLandingOnAMovingPlatformRidesItAndLeavesOnTerrain) {
+    auto platform = Box({0.0, 2.0, 0.0}, {3.0, 0.25, 3.0}, 500.0, false);
+    auto crate = Box({0.0, 3.0, 0.0}, glm::dvec3(0.5), 10.0);
+    crate->orientation = SlightTilt();
+    glm::dvec3 drive(1.0, 0.0, 0.0);
+
+    int ticks = 0;
+    while (crate->parent.IsNull() && ticks++ < 300) {
+        platform->position += drive * kTick;
+        platform->linear_velocity = drive;
+        Run(1);
+    }
+    ASSERT_EQ(crate->parent, platform->id) << "never landed";
+
+    glm::dvec3 onPlatform = crate->position;
+    for (int i = 0; i < 60; ++i) {
+        platform->position += drive * kTick;
+        Run(1);
+    }
+    EXPECT_EQ(crate->parent, platform->id);
+    EXPECT_LT(glm::distance(crate->position, onPlatform), 0.01) << "rides along, still in the platform's frame";
+
+    // The platform sinks into the ground: the crate meets the terrain and leaves it, back in the world's frame.
+    for (int i = 0; i < 240 && !crate->parent.IsNull(); ++i) {
+        platform->position.y -= 2.0 * kTick;
+        Run(1);
+    }
+    EXPECT_TRUE(crate->parent.IsNull());
+    EXPECT_LT(crate->position.y, 1.5);
+}
+
+TEST_F(PhysicsUpdateTest, ChildOfAMissingParentStaysThenLeavesIt) {
+    auto orphan = Box({0.0, 10.0, 0.0}, glm::dvec3(0.5), 10.0);
+    orphan->parent = Id::Generate("ENTT");
+    Run(1);
+    EXPECT_EQ(orphan->position.y, 10.0) << "not stepped in a parent's frame";
+    EXPECT_TRUE(orphan->parent.IsNull()) << "a lost parent lets go";
+    Run(10);
+    EXPECT_LT(orphan->position.y, 10.0);
+}
+
+// ---- Edge cases of the tick ------------------------------------------------------------------------------------------
+
+TEST_F(PhysicsUpdateTest, MasslessEntitiesAndZeroSubstepsDoNotMove) {
+    auto massless = Box({0.0, 10.0, 0.0}, glm::dvec3(0.5), 0.0);
+    auto still = Box({5.0, 10.0, 0.0}, glm::dvec3(0.5), 1.0);
+    Run(10, /*substeps=*/0);
+    EXPECT_EQ(still->position.y, 10.0);
+    Run(10);
+    EXPECT_EQ(massless->position.y, 10.0);
+    EXPECT_LT(still->position.y, 10.0);
+}
+
+TEST_F(PhysicsUpdateTest, ForceImpulseBecomesAccelerationOverTheTick) {
+    Game::_environmentFunctions[2] = [](glm::dvec3 const&, game::EnvironmentInfoFlags, double) {
+        return game::physics::EnvironmentInfo{};
+    };
+    auto body = Box({0.0, 0.0, 0.0}, glm::dvec3(0.5), 2.0);
+    body->environment = 2;
+    body->force_impulse = {10.0, 0.0, 0.0};
+    Game::ServerUpdate(0.1, 1);
+    EXPECT_NEAR(body->linear_velocity.x, 50.0 * 0.1, 1e-12);
+    EXPECT_EQ(body->force_impulse, glm::dvec3(0.0)) << "spent";
+}
+
+TEST_F(PhysicsUpdateTest, DegenerateOrientationComesBackAsIdentity) {
+    auto body = Box({0.0, 10.0, 0.0}, glm::dvec3(0.5), 1.0);
+    body->orientation = glm::dquat(0.0, 0.0, 0.0, 0.0);
+    Run(1);
+    EXPECT_EQ(body->orientation, glm::dquat(1.0, 0.0, 0.0, 0.0));
+}
+
+TEST_F(PhysicsUpdateTest, UnregisteredEnvironmentIsAnError) {
+    auto body = Box({0.0, 10.0, 0.0}, glm::dvec3(0.5), 1.0);
+    body->environment = 77;
+    EXPECT_THROW(ServerSideEntity::PhysicsUpdate(kTick, 1), std::out_of_range);
+}
+
+// ---- Determinism ---------------------------------------------------------------------------------------------------------
+
+namespace {
+/// A small jittered pile with fixed ids, run for a while: every field the tick writes, in id order.
+std::vector<double> RunPile() {
+    std::mt19937_64 random(42);
+    std::uniform_real_distribution<double> jitter(-0.2, 0.2), tilt(-0.3, 0.3), yaw(0.0, 6.283185307179586);
+    std::vector<std::shared_ptr<ServerSideEntity>> cubes;
+    for (int i = 0; i < 24; ++i) {
+        int n = i + 1;  // a zero high half would be a null id, and get a random one
+        Id id("ENTT00000000" + std::string(14, '0') + (n < 10 ? "0" : "") + std::to_string(n));
+        auto cube = PhysicsWorld::Box({(i % 3) * 1.5 + jitter(random), 2.0 + (i / 3) * 1.5,
+                                       ((i / 3) % 2) * 1.5 + jitter(random)},
+                                      glm::dvec3(0.5), 100.0, true, 0.5, id);
+        cube->orientation = glm::angleAxis(yaw(random), glm::dvec3(0, 1, 0)) *
+                            glm::angleAxis(tilt(random), glm::dvec3(1, 0, 0)) *
+                            glm::angleAxis(tilt(random), glm::dvec3(0, 0, 1));
+        cubes.push_back(cube);
+    }
+    PhysicsWorld::Run(180);
+    std::vector<double> state;
+    for (auto const& cube : cubes)
+        for (double value : {cube->position.x, cube->position.y, cube->position.z, cube->orientation.w,
+                             cube->orientation.x, cube->orientation.y, cube->orientation.z, cube->linear_velocity.x,
+                             cube->linear_velocity.y, cube->linear_velocity.z, cube->angular_velocity.x,
+                             cube->angular_velocity.y, cube->angular_velocity.z, cube->rest_time})
+            state.push_back(value);
+    return state;
+}
+}
+
+TEST_F(PhysicsUpdateTest, SamePileRunsBitForBitTheSame) {
+    auto first = RunPile();
+    TearDown();
+    SetUp();
+    auto second = RunPile();
+    ASSERT_EQ(first.size(), second.size());
+    for (size_t i = 0; i < first.size(); ++i)
+        ASSERT_EQ(std::bit_cast<uint64_t>(first[i]), std::bit_cast<uint64_t>(second[i])) << "value " << i;
+}
