@@ -158,6 +158,10 @@ void BodyAccelerations(Table<std::vector<DynamicRigidbody>>& table) {
                     body.frame_acceleration = FrameAcceleration(*parent, *body.entity.lock());
 }
 
+bool Ignores(DynamicRigidbody const& body, Id const& other) {
+    return !body.ignored.empty() && body.ignored.contains(other);
+}
+
 /// Which bodies and obstacles of one group each body may touch this tick, by bounding spheres grown by the sweep.
 /// Each pair of moving bodies is listed once, with the earlier body.
 void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::vector<DynamicRigidbody>& bodies) {
@@ -169,17 +173,19 @@ void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::
 
     for (size_t i = 0; i < bodies.size(); ++i) {
         DynamicRigidbody& a = bodies[i];
+        // The distance first: most pairs are far apart, and most ignore lists are empty.
         for (size_t j = i + 1; j < bodies.size(); ++j) {
             DynamicRigidbody& b = bodies[j];
-            if (a.ignored.contains(b.id) || b.ignored.contains(a.id))
+            if (!(a.broad_radius + b.broad_radius > glm::distance(a.center, b.center)))
                 continue;
-            if (a.broad_radius + b.broad_radius > glm::distance(a.center, b.center))
-                a.near_dynamic.push_back(&b);
+            if (Ignores(a, b.id) || Ignores(b, a.id))
+                continue;
+            a.near_dynamic.push_back(&b);
         }
         if (obstacles)
             for (auto& obstacle : *obstacles)
-                if (!a.ignored.contains(obstacle.id) &&
-                    a.broad_radius + obstacle.radius > glm::distance(a.center, obstacle.center))
+                if (a.broad_radius + obstacle.radius > glm::distance(a.center, obstacle.center) &&
+                    !Ignores(a, obstacle.id))
                     a.near_static.push_back(&obstacle);
         a.parent_body = parentBody;
         if (parentBody) {
