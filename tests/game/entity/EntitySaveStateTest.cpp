@@ -33,6 +33,19 @@ protected:
         return "";
     }
 
+    /// Saves a counter with an empty note and drops it from the world, leaving only its file: its id and path.
+    static std::pair<Id, std::string> SaveAndForget() {
+        auto entity = MakeSaved();
+        entity->Serialize();
+        std::pair<Id, std::string> saved{entity->id, entity->GetStateSaveFile()};
+        {
+            std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+            ServerSideEntity::_sharedObjects.clear();
+        }
+        entity->delete_save_on_destroy = false;
+        return saved;
+    }
+
     /// Where the interface magic starts in the file of a counter with an empty note: before the end mark, the
     /// 16-byte block (updates, note length) and the block's length.
     static size_t InterfaceMagicOffset(size_t fileSize) { return fileSize - 4 - 16 - 8 - 4; }
@@ -131,23 +144,15 @@ TEST_F(EntitySaveStateTest, OnlyTaggedNonComponentsAreSaved) {
 }
 
 TEST_F(EntitySaveStateTest, EmptyInterfaceBlockRoundTrips) {
-    auto counter = MakeSaved();
-    counter->Serialize();
-    auto bytes = ReadBytes(counter->GetStateSaveFile());
+    auto [id, path] = SaveAndForget();
+    auto bytes = ReadBytes(path);
     // Cut the block down to nothing: the interface then reads an empty stream and keeps its defaults.
     std::vector<unsigned char> emptyBlock(bytes.begin(), bytes.begin() + InterfaceMagicOffset(bytes.size()) + 4);
     for (int i = 0; i < 8; ++i)
         emptyBlock.push_back(0);
     for (char c : std::string("\nEOF"))
         emptyBlock.push_back(static_cast<unsigned char>(c));
-    Id id = counter->id;
-    {
-        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
-        ServerSideEntity::_sharedObjects.clear();
-    }
-    counter->delete_save_on_destroy = false;
-    counter.reset();
-    WriteBytes(EntityWorld::EntitiesFolder() + "/" + id.String() + ".entitystate", emptyBlock);
+    WriteBytes(path, emptyBlock);
 
     ASSERT_EQ(LoadError(id), "");
     EXPECT_EQ(CounterState::Of(*ServerSideEntity::Get(id)).updates, 0u);
@@ -156,17 +161,8 @@ TEST_F(EntitySaveStateTest, EmptyInterfaceBlockRoundTrips) {
 // ---- Bad files -----------------------------------------------------------------------------------------------------------
 
 TEST_F(EntitySaveStateTest, EachDamageGivesItsOwnMessage) {
-    auto entity = MakeSaved();
-    entity->Serialize();
-    Id id = entity->id;
-    std::string path = entity->GetStateSaveFile();
+    auto [id, path] = SaveAndForget();
     auto good = ReadBytes(path);
-    {
-        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
-        ServerSideEntity::_sharedObjects.clear();
-    }
-    entity->delete_save_on_destroy = false;
-    entity.reset();
 
     auto damaged = [&](size_t offset, unsigned char value) {
         auto bytes = good;
@@ -185,17 +181,8 @@ TEST_F(EntitySaveStateTest, EachDamageGivesItsOwnMessage) {
 }
 
 TEST_F(EntitySaveStateTest, TruncatedRandomAndEmptyFilesFailClearly) {
-    auto entity = MakeSaved();
-    entity->Serialize();
-    Id id = entity->id;
-    std::string path = entity->GetStateSaveFile();
+    auto [id, path] = SaveAndForget();
     auto good = ReadBytes(path);
-    {
-        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
-        ServerSideEntity::_sharedObjects.clear();
-    }
-    entity->delete_save_on_destroy = false;
-    entity.reset();
 
     std::mt19937 random(7);
     std::vector<std::vector<unsigned char>> files{{}};
