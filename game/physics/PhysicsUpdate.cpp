@@ -249,10 +249,9 @@ void PublishDebugView(Tick& tick) {
             for (auto& [parentId, bodies] : groups)
                 for (auto& body : bodies) {
                     gather(body, false);
-                    for (auto line : body.debug_lines) {
-                        line.entity = body.id;
-                        Game::physicsDebugLines_back.push_back(line);
-                    }
+                    // Contact lines are in the group's frame, as the colliders are; they carry no entity.
+                    Game::physicsDebugLines_back.insert(Game::physicsDebugLines_back.end(), body.debug_lines.begin(),
+                                                        body.debug_lines.end());
                 }
     std::lock_guard lock(Game::physicsDebugMutex);
     std::swap(Game::physicsDebugLines_back, Game::physicsDebugLines_staging);

@@ -226,3 +226,20 @@ TEST_F(PhysicsUpdateTest, SamePileRunsBitForBitTheSame) {
     for (size_t i = 0; i < first.size(); ++i)
         ASSERT_EQ(std::bit_cast<uint64_t>(first[i]), std::bit_cast<uint64_t>(second[i])) << "value " << i;
 }
+
+TEST_F(PhysicsUpdateTest, DebugViewHandsTheRendererColliderAndContactRecords) {
+    auto post = Box({0.0, 1.0, 0.0}, glm::dvec3(0.5), 100.0, false);
+    auto falling = Box({0.0, 1.99, 0.0}, glm::dvec3(0.5), 5.0);  // already touching
+    falling->orientation = SlightTilt();
+    Game::debugServerSidePhysics = true;
+    Game::physicsDebugCollidersUpdated = false;
+    Run(1);
+    Game::debugServerSidePhysics = false;
+
+    ASSERT_TRUE(Game::physicsDebugCollidersUpdated.exchange(false));
+    std::lock_guard lock(Game::physicsDebugMutex);
+    EXPECT_EQ(Game::physicsDebugColliders_staging.size(), 2u);
+    EXPECT_FALSE(Game::physicsDebugLines_staging.empty()) << "the contact left a line";
+    for (auto const& line : Game::physicsDebugLines_staging)
+        EXPECT_TRUE(line.entity.IsNull()) << "lines are in the group's frame";
+}
