@@ -3,6 +3,8 @@
 #include <sys/resource.h>
 
 #include <algorithm>
+#include <charconv>
+#include <cstring>
 #include <chrono>
 #include <cstddef>
 #include <iostream>
@@ -24,13 +26,19 @@ struct Options {
 /// Reads "--n N" and "--ticks T"; prints the usage and gives nothing for anything else.
 inline std::optional<Options> ParseOptions(int argc, char** argv) {
     Options options;
+    auto number = [](char const* text, auto& value) {
+        auto end = text + std::strlen(text);
+        auto [rest, error] = std::from_chars(text, end, value);
+        return error == std::errc() && rest == end;
+    };
     for (int i = 1; i < argc; ++i) {
         std::string argument = argv[i];
-        if (argument == "--n" && i + 1 < argc) {
-            options.n = std::stoul(argv[++i]);
-        } else if (argument == "--ticks" && i + 1 < argc) {
-            options.ticks = std::stoi(argv[++i]);
-        } else {
+        bool read = false;
+        if (argument == "--n" && i + 1 < argc)
+            read = number(argv[++i], options.n);
+        else if (argument == "--ticks" && i + 1 < argc)
+            read = number(argv[++i], options.ticks);
+        if (!read) {
             std::cerr << "usage: " << argv[0] << " [--n N] [--ticks T]   (1000 cubes, 600 ticks when not given)"
                       << std::endl;
             return std::nullopt;
@@ -73,6 +81,20 @@ inline void PrintResult(char const* engine, Options const& options, std::vector<
     std::cout << "{\"engine\": \"" << engine << "\", \"n\": " << options.n << ", \"ticks\": " << options.ticks
               << ", \"mean_ms\": " << mean << ", \"last300_ms\": " << tailMean << ", \"max_ms\": " << max
               << ", \"peak_rss_mb\": " << peakMegabytes << ", \"asleep\": " << asleep << "}" << std::endl;
+}
+
+/// The whole of a pile benchmark's main(): options, one run, and errors reported rather than thrown.
+template <class Run>
+int Main(int argc, char** argv, Run&& run) {
+    auto options = ParseOptions(argc, argv);
+    if (!options)
+        return 2;
+    try {
+        return run(*options);
+    } catch (std::exception const& error) {
+        std::cerr << error.what() << std::endl;
+        return 1;
+    }
 }
 
 }

@@ -99,13 +99,5 @@ int Run(pile::Options const& options) {
 }
 
 int main(int argc, char** argv) {
-    auto options = pile::ParseOptions(argc, argv);
-    if (!options)
-        return 2;
-    try {
-        return Run(*options);
-    } catch (std::exception const& error) {
-        std::cerr << error.what() << std::endl;
-        return 1;
-    }
+    return pile::Main(argc, argv, Run);
 }
