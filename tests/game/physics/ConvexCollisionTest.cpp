@@ -168,7 +168,7 @@ protected:
             glm::dquat const rotation(unit(random), unit(random), unit(random), unit(random));
             return Box({extent(random), extent(random), extent(random)}, center, glm::normalize(rotation));
         };
-        while (pairs.size() < 300) {
+        for (int attempt = 0; attempt < 1000 && pairs.size() < 300; ++attempt) {
             glm::dvec3 const center(unit(random) * 5, unit(random) * 5, unit(random) * 5);
             ConvexMeshCollider a = box(center);
             ConvexMeshCollider const b = box(center);
@@ -184,6 +184,7 @@ protected:
             if (ConvexCollision(a, b).depth > 0.0)
                 pairs.push_back({a, b});
         }
+        ASSERT_EQ(pairs.size(), 300u);
     }
 
     std::vector<std::pair<ConvexMeshCollider, ConvexMeshCollider>> pairs;
