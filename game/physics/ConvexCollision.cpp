@@ -316,14 +316,16 @@ constexpr double kBoundSlack = 1e-13;
 /// Every axis cross(u, v) of a direction u of a and a direction v of b, in that nesting, several v at a time.
 bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, LaneHull const& a, LaneHull const& b,
                   BoxBound const& box_a, BoxBound const& box_b, BestAxis& best) {
-    bool const bounded = box_a.usable && box_b.usable;
-    glm::dvec3 const between = box_a.center - box_b.center;
-    double const slack = kBoundSlack * (box_a.magnitude + box_b.magnitude);
+    // All axes first, in a loop without branches, where the square roots and divisions of many axes overlap.
+    size_t const blocks = edges_b.Blocks();
+    std::array<Lanes, kMaxEdges * kEdgeBlocks> axes_x;
+    std::array<Lanes, kMaxEdges * kEdgeBlocks> axes_y;
+    std::array<Lanes, kMaxEdges * kEdgeBlocks> axes_z;
     for (size_t i = 0; i < edges_a.count; ++i) {
         double const ux = edges_a.x[i / kLanes][i % kLanes];
         double const uy = edges_a.y[i / kLanes][i % kLanes];
         double const uz = edges_a.z[i / kLanes][i % kLanes];
-        for (size_t block = 0; block < edges_b.Blocks(); ++block) {
+        for (size_t block = 0; block < blocks; ++block) {
             Lanes const& vx = edges_b.x[block];
             Lanes const& vy = edges_b.y[block];
             Lanes const& vz = edges_b.z[block];
@@ -336,9 +338,20 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
             for (size_t lane = 0; lane < kLanes; ++lane)
                 root[lane] = std::sqrt(length2[lane]);
             Lanes const inverse = 1.0 / root;
-            Lanes const ax = cx * inverse;
-            Lanes const ay = cy * inverse;
-            Lanes const az = cz * inverse;
+            axes_x[i * blocks + block] = cx * inverse;
+            axes_y[i * blocks + block] = cy * inverse;
+            axes_z[i * blocks + block] = cz * inverse;
+        }
+    }
+
+    bool const bounded = box_a.usable && box_b.usable;
+    glm::dvec3 const between = box_a.center - box_b.center;
+    double const slack = kBoundSlack * (box_a.magnitude + box_b.magnitude);
+    for (size_t i = 0; i < edges_a.count; ++i) {
+        for (size_t block = 0; block < blocks; ++block) {
+            Lanes const& ax = axes_x[i * blocks + block];
+            Lanes const& ay = axes_y[i * blocks + block];
+            Lanes const& az = axes_z[i * blocks + block];
 
             // Axes whose overlap is sure to be above zero and no less than the best can neither separate nor win.
             // Parallel directions give a cross product of length zero and a not-a-number axis: its bound is no such
@@ -419,6 +432,7 @@ Collision SphereCollision(ConvexMeshCollider const& a, glm::dvec3 const& center_
     glm::dvec3 const origin(a.transform[3]);
     Hull const hull(b);
     BoxBound const box(b, HasBoxCorners(b));
+    // Twice the length bounds the sum of the centre's absolute coordinates, as the box's magnitude does its own.
     double const slack = kBoundSlack * (box.magnitude + glm::length(center_a) * 2 + std::abs(radius));
     BestAxis best;
     // Intervals that are apart overlap by less than zero, so the overlap alone decides.
@@ -450,16 +464,23 @@ Collision SphereCollision(ConvexMeshCollider const& a, glm::dvec3 const& center_
         if (!take(toward[i]))
             return {};
     }
-    // Pairs of a vertex with itself have no direction and give no axis, so they are skipped.
+    // All of these axes first, so that the square roots and divisions of many overlap. Pairs of a vertex with itself
+    // have no direction and give no axis, so they are skipped.
+    std::array<glm::dvec3, kMaxVertices * (kMaxVertices - 1)> axes;
+    size_t count = 0;
     for (size_t p = 0; p < hull.count; ++p) {
         for (size_t q = 0; q < hull.count; ++q) {
             if (p == q)
                 continue;
             glm::dvec3 const axis = glm::cross(toward[p], glm::normalize(hull.Vertex(q) - hull.Vertex(p)));
             double const length = glm::length(axis);
-            if (length >= kShortestSphereAxis && !take(axis * (1.0 / length)))
-                return {};
+            if (length >= kShortestSphereAxis)
+                axes[count++] = axis * (1.0 / length);
         }
+    }
+    for (size_t i = 0; i < count; ++i) {
+        if (!take(axes[i]))
+            return {};
     }
 
     Collision result;
