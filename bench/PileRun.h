@@ -7,6 +7,7 @@
 #include <cstring>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <iostream>
 #include <numeric>
 #include <optional>
@@ -15,7 +16,8 @@
 
 /// What the two pile benches share around their engines: the command line, the timing of each tick and the one JSON
 /// line of a run: {"engine": ..., "n": ..., "ticks": ..., "mean_ms": ..., "last300_ms": ..., "max_ms": ...,
-/// "peak_rss_mb": ..., "asleep": ...}
+/// "peak_rss_mb": ..., "asleep": ...}, and "state" where the engine gives a digest of its final state, so that two
+/// commits can tell whether they still simulate the same.
 namespace pile {
 
 struct Options {
@@ -67,7 +69,7 @@ std::vector<double> TimeTicks(int ticks, Tick&& tick) {
 
 /// The run's line. The last 300 ticks tell the cost of a settled pile, the mean that of the whole collapse.
 inline void PrintResult(char const* engine, Options const& options, std::vector<double> const& milliseconds,
-                        size_t asleep) {
+                        size_t asleep, std::optional<uint64_t> state = std::nullopt) {
     constexpr size_t kTail = 300;
     auto tail = milliseconds.end() - static_cast<std::ptrdiff_t>(std::min(kTail, milliseconds.size()));
     double mean = std::accumulate(milliseconds.begin(), milliseconds.end(), 0.0) / double(milliseconds.size());
@@ -80,7 +82,10 @@ inline void PrintResult(char const* engine, Options const& options, std::vector<
 
     std::cout << "{\"engine\": \"" << engine << "\", \"n\": " << options.n << ", \"ticks\": " << options.ticks
               << ", \"mean_ms\": " << mean << ", \"last300_ms\": " << tailMean << ", \"max_ms\": " << max
-              << ", \"peak_rss_mb\": " << peakMegabytes << ", \"asleep\": " << asleep << "}" << std::endl;
+              << ", \"peak_rss_mb\": " << peakMegabytes << ", \"asleep\": " << asleep;
+    if (state)
+        std::cout << ", \"state\": \"" << std::hex << *state << std::dec << "\"";
+    std::cout << "}" << std::endl;
 }
 
 /// The whole of a pile benchmark's main(): options, one run, and errors reported rather than thrown.

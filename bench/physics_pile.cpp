@@ -10,6 +10,7 @@
 #include "game/Game.h"
 #include "game/entity/ServerSideEntity.h"
 
+#include <bit>
 #include <cstdint>
 #include <exception>
 #include <iostream>
@@ -73,6 +74,22 @@ size_t CountAsleep() {
     return asleep;
 }
 
+/// FNV-1a over the bits of every cube's pose, velocities and rest, in cube order.
+uint64_t StateDigest(size_t n) {
+    uint64_t digest = 0xcbf29ce484222325ull;
+    for (size_t i = 0; i < n; ++i) {
+        auto cube = ServerSideEntity::Get(CubeId(i));
+        for (double value : {cube->position.x, cube->position.y, cube->position.z, cube->orientation.w,
+                             cube->orientation.x, cube->orientation.y, cube->orientation.z, cube->linear_velocity.x,
+                             cube->linear_velocity.y, cube->linear_velocity.z, cube->angular_velocity.x,
+                             cube->angular_velocity.y, cube->angular_velocity.z, cube->rest_time}) {
+            digest ^= std::bit_cast<uint64_t>(value);
+            digest *= 0x100000001b3ull;
+        }
+    }
+    return digest;
+}
+
 /// The cubes have no save files, so none is to be removed as they go.
 void RemoveCubes() {
     std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
@@ -89,7 +106,7 @@ int Run(pile::Options const& options) {
         AddCube(i, poses[i]);
 
     auto milliseconds = pile::TimeTicks(options.ticks, [] { Game::ServerUpdate(pile::kTick, 1); });
-    pile::PrintResult("meridon", options, milliseconds, CountAsleep());
+    pile::PrintResult("meridon", options, milliseconds, CountAsleep(), StateDigest(poses.size()));
 
     RemoveCubes();
     Game::_environmentFunctions.erase(kFlatGround);

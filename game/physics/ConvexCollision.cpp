@@ -316,11 +316,11 @@ constexpr double kBoundSlack = 1e-13;
 /// Every axis cross(u, v) of a direction u of a and a direction v of b, in that nesting, several v at a time.
 bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, LaneHull const& a, LaneHull const& b,
                   BoxBound const& box_a, BoxBound const& box_b, BestAxis& best) {
-    // All axes first, in a loop without branches, where the square roots and divisions of many axes overlap.
+    bool const bounded = box_a.usable && box_b.usable;
+    glm::dvec3 const between = box_a.center - box_b.center;
+    // Twice the slack, so that the rounding of the squares below cannot eat the margin the bound needs.
+    double const margin = 2 * kBoundSlack * (box_a.magnitude + box_b.magnitude);
     size_t const blocks = edges_b.Blocks();
-    std::array<Lanes, kMaxEdges * kEdgeBlocks> axes_x;
-    std::array<Lanes, kMaxEdges * kEdgeBlocks> axes_y;
-    std::array<Lanes, kMaxEdges * kEdgeBlocks> axes_z;
     for (size_t i = 0; i < edges_a.count; ++i) {
         double const ux = edges_a.x[i / kLanes][i % kLanes];
         double const uy = edges_a.y[i / kLanes][i % kLanes];
@@ -334,38 +334,30 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
             Lanes const cy = uz * vx - vz * ux;
             Lanes const cz = ux * vy - vx * uy;
             Lanes const length2 = cx * cx + cy * cy + cz * cz;
+
+            // Axes whose overlap is sure to be above zero and no less than the best can neither separate nor win.
+            // The bound is taken on the cross product itself, where every length is |c| times that on the unit axis,
+            // so the many axes it passes over cost no square root or division. Parallel directions give a cross
+            // product of length zero, no surety, and a not-a-number axis below, whose projections and overlap are
+            // not numbers, so the pair separates, as it does through the empty projections that such an axis gives
+            // one at a time.
+            if (bounded) {
+                Lanes const ra = box_a.Radius(cx, cy, cz);
+                Lanes const rb = box_b.Radius(cx, cy, cz);
+                Lanes const apart = Abs(between.x * cx + between.y * cy + between.z * cz);
+                Lanes const lower = Min(Min(ra + ra, rb + rb), ra + rb - apart);
+                double const limit = margin + best.depth;
+                if (All((lower > 0.0) & (lower * lower > limit * limit * length2)))
+                    continue;
+            }
+
             Lanes root;
             for (size_t lane = 0; lane < kLanes; ++lane)
                 root[lane] = std::sqrt(length2[lane]);
             Lanes const inverse = 1.0 / root;
-            axes_x[i * blocks + block] = cx * inverse;
-            axes_y[i * blocks + block] = cy * inverse;
-            axes_z[i * blocks + block] = cz * inverse;
-        }
-    }
-
-    bool const bounded = box_a.usable && box_b.usable;
-    glm::dvec3 const between = box_a.center - box_b.center;
-    double const slack = kBoundSlack * (box_a.magnitude + box_b.magnitude);
-    for (size_t i = 0; i < edges_a.count; ++i) {
-        for (size_t block = 0; block < blocks; ++block) {
-            Lanes const& ax = axes_x[i * blocks + block];
-            Lanes const& ay = axes_y[i * blocks + block];
-            Lanes const& az = axes_z[i * blocks + block];
-
-            // Axes whose overlap is sure to be above zero and no less than the best can neither separate nor win.
-            // Parallel directions give a cross product of length zero and a not-a-number axis: its bound is no such
-            // surety and its projections and overlap are not numbers, so the pair separates, as it does through the
-            // empty projections that such an axis gives one at a time.
-            if (bounded) {
-                Lanes const ra = box_a.Radius(ax, ay, az);
-                Lanes const rb = box_b.Radius(ax, ay, az);
-                Lanes const apart = Abs(between.x * ax + between.y * ay + between.z * az);
-                Lanes const lower = Min(Min(ra + ra, rb + rb), ra + rb - apart) - slack;
-                if (All((lower > 0.0) & (lower >= best.depth)))
-                    continue;
-            }
-
+            Lanes const ax = cx * inverse;
+            Lanes const ay = cy * inverse;
+            Lanes const az = cz * inverse;
             Lanes low_a, high_a, low_b, high_b;
             a.Project(ax, ay, az, low_a, high_a);
             b.Project(ax, ay, az, low_b, high_b);
