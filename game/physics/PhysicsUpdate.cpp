@@ -8,6 +8,7 @@
 
 #include "game/entity/ServerSideEntity.h"
 #include "game/physics/DynamicRigidbody.h"
+#include "game/physics/SweepAndPrune.h"
 
 #include <glm/gtc/matrix_transform.hpp>
 
@@ -18,6 +19,7 @@ namespace game::entity {
 using game::physics::DynamicRigidbody;
 using game::physics::EnvironmentFunction;
 using game::physics::Rigidbody;
+using game::physics::SweepAndPrune;
 
 glm::dmat3 ServerSideEntity::GetInertiaTensorWorld() const {
     double m = mass;
@@ -47,6 +49,8 @@ struct Tick {
     Table<std::vector<Rigidbody>> obstacles;
     Table<std::vector<DynamicRigidbody>> free_bodies;
     Table<std::vector<DynamicRigidbody>> parented_bodies;
+    /// The broad phase's storage, shared by the groups.
+    SweepAndPrune sweep;
 
     /// The body of `id` in environment `environment`, whichever table holds it; null if none does.
     Rigidbody* Find(EnvironmentId environment, Id const& id) {
@@ -163,7 +167,8 @@ bool Ignores(DynamicRigidbody const& body, Id const& other) {
 }
 
 /// Which bodies and obstacles of one group each body may touch this tick, by bounding spheres grown by the sweep.
-/// Each pair of moving bodies is listed once, with the earlier body.
+/// Each pair of moving bodies is listed once, with the earlier body. The sweep only proposes: each list is the
+/// distance and ignore tests of the proposed, in the order of the vectors.
 void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::vector<DynamicRigidbody>& bodies) {
     std::vector<Rigidbody>* obstacles = nullptr;
     if (auto inEnvironment = tick.obstacles.find(environment); inEnvironment != tick.obstacles.end())
@@ -171,22 +176,29 @@ void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::
             obstacles = &group->second;
     Rigidbody* parentBody = parentId.IsNull() ? nullptr : tick.Find(environment, parentId);
 
+    SweepAndPrune& sweep = tick.sweep;
+    sweep.Clear();
+    for (auto const& body : bodies)
+        sweep.AddMover(body.center, body.broad_radius);
+    if (obstacles)
+        for (auto const& obstacle : *obstacles)
+            sweep.AddObstacle(obstacle.center, obstacle.radius);
+    sweep.Run();
+
     for (size_t i = 0; i < bodies.size(); ++i) {
         DynamicRigidbody& a = bodies[i];
-        // The distance first: most pairs are far apart, and most ignore lists are empty.
-        for (size_t j = i + 1; j < bodies.size(); ++j) {
+        for (uint32_t j : sweep.LaterMovers(i)) {
             DynamicRigidbody& b = bodies[j];
-            if (!(a.broad_radius + b.broad_radius > glm::distance(a.center, b.center)))
-                continue;
-            if (Ignores(a, b.id) || Ignores(b, a.id))
-                continue;
-            a.near_dynamic.push_back(&b);
+            if (a.broad_radius + b.broad_radius > glm::distance(a.center, b.center) && !Ignores(a, b.id) &&
+                !Ignores(b, a.id))
+                a.near_dynamic.push_back(&b);
         }
-        if (obstacles)
-            for (auto& obstacle : *obstacles)
-                if (a.broad_radius + obstacle.radius > glm::distance(a.center, obstacle.center) &&
-                    !Ignores(a, obstacle.id))
-                    a.near_static.push_back(&obstacle);
+        for (uint32_t k : sweep.Obstacles(i)) {
+            Rigidbody& obstacle = (*obstacles)[k];
+            if (a.broad_radius + obstacle.radius > glm::distance(a.center, obstacle.center) &&
+                !Ignores(a, obstacle.id))
+                a.near_static.push_back(&obstacle);
+        }
         a.parent_body = parentBody;
         if (parentBody) {
             glm::dvec3 parentCenter = parentBody->center_of_mass + parentBody->bounds_center;
@@ -262,7 +274,7 @@ void PublishDebugView(Tick& tick) {
 }
 
 void ServerSideEntity::PhysicsUpdate(double dt, int substeps) {
-    Tick tick{dt, {}, {}, {}, {}, {}};
+    Tick tick{dt, {}, {}, {}, {}, {}, {}};
     ForEach([&](std::shared_ptr<ServerSideEntity> const& entity) { Sort(tick, entity); });
 
     MergeComponents(tick);

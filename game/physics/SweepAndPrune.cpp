@@ -1,0 +1,149 @@
+#include "game/physics/SweepAndPrune.h"
+
+#include <glm/common.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace game::physics {
+
+namespace {
+// The growth of each extent, relative to the radius and to the centre's coordinates: far above the few units in the
+// last place by which a computed distance or sum of radii can be off, far below anything that adds candidates.
+constexpr double kGrowth = 1e-9;
+
+// Extents compared two at a time: two doubles make one SSE2 or NEON register.
+constexpr size_t kLanes = 2;
+using Lanes = double __attribute__((vector_size(kLanes * sizeof(double))));
+// Past the end, extents of not-a-number bounds, which meet nothing, not even an endless extent: the first block the
+// sweep reaches past the last extent starts in them, and stops it, and a block that starts before the end may run
+// into them.
+constexpr size_t kPadding = 2 * kLanes - 1;
+
+Lanes Load(std::vector<double> const& values, size_t first) {
+    Lanes lanes;
+    std::memcpy(&lanes, values.data() + first, sizeof lanes);
+    return lanes;
+}
+
+template <typename Mask>
+bool Any(Mask const& mask) {
+    return (mask[0] | mask[1]) != 0;
+}
+
+bool HasNaN(glm::dvec3 const& v) {
+    return std::isnan(v.x) || std::isnan(v.y) || std::isnan(v.z);
+}
+}
+
+void SweepAndPrune::Clear() {
+    _movers = 0;
+    _obstacles = 0;
+    _extents.clear();
+}
+
+void SweepAndPrune::AddMover(glm::dvec3 const& center, double radius) {
+    Add(center, radius, static_cast<uint32_t>(_movers++));
+}
+
+void SweepAndPrune::AddObstacle(glm::dvec3 const& center, double radius) {
+    Add(center, radius, kObstacle | static_cast<uint32_t>(_obstacles++));
+}
+
+void SweepAndPrune::Add(glm::dvec3 const& center, double radius, uint32_t key) {
+    // A negative radius reaches less far than none, so none keeps the answer a superset.
+    glm::dvec3 const reach = glm::dvec3(std::max(radius, 0.0) * (1.0 + kGrowth)) + kGrowth * glm::abs(center);
+    Extent extent{center - reach, center + reach, key};
+    // A sphere that is not a number somewhere meets nothing in a distance test either, and would break the sort.
+    if (HasNaN(extent.low) || HasNaN(extent.high))
+        return;
+    _extents.push_back(extent);
+}
+
+void SweepAndPrune::Run() {
+    // The extents in sweep order, by coordinate, so that the inner loop reads memory in sequence several at a time.
+    _order.clear();
+    for (size_t i = 0; i < _extents.size(); ++i)
+        _order.emplace_back(_extents[i].low.x, static_cast<uint32_t>(i));
+    std::sort(_order.begin(), _order.end());
+    size_t const count = _order.size();
+    for (auto* bounds : {&_lowX, &_highX, &_lowY, &_highY, &_lowZ, &_highZ})
+        bounds->resize(count + kPadding);
+    _keys.resize(count);
+    for (size_t s = 0; s < count; ++s) {
+        Extent const& e = _extents[_order[s].second];
+        _lowX[s] = e.low.x, _highX[s] = e.high.x;
+        _lowY[s] = e.low.y, _highY[s] = e.high.y;
+        _lowZ[s] = e.low.z, _highZ[s] = e.high.z;
+        _keys[s] = e.key;
+    }
+    for (size_t s = count; s < count + kPadding; ++s)
+        _lowX[s] = _highX[s] = _lowY[s] = _highY[s] = _lowZ[s] = _highZ[s] = std::numeric_limits<double>::quiet_NaN();
+
+    _moverPairs.clear();
+    _obstaclePairs.clear();
+    for (size_t s = 0; s < count; ++s) {
+        uint32_t const key = _keys[s];
+        double const high_x = _highX[s];
+        Lanes const low_y = Lanes{} + _lowY[s], high_y = Lanes{} + _highY[s];
+        Lanes const low_z = Lanes{} + _lowZ[s], high_z = Lanes{} + _highZ[s];
+        // The block's first extent starts within this one's reach, the others are checked lane by lane.
+        for (size_t t = s + 1; _lowX[t] <= high_x; t += kLanes) {
+            auto const meets = (Load(_lowX, t) <= high_x) & (Load(_lowY, t) <= high_y) &
+                               (Load(_highY, t) >= low_y) & (Load(_lowZ, t) <= high_z) & (Load(_highZ, t) >= low_z);
+            if (!Any(meets))
+                continue;
+            for (size_t lane = 0; lane < kLanes; ++lane)
+                if (meets[lane])
+                    Pair(key, _keys[t + lane]);
+        }
+    }
+    _laterMovers.Fill(_movers, _moverPairs);
+    _nearObstacles.Fill(_movers, _obstaclePairs);
+}
+
+void SweepAndPrune::Pair(uint32_t a, uint32_t b) {
+    bool const a_obstacle = a & kObstacle;
+    bool const b_obstacle = b & kObstacle;
+    if (a_obstacle && b_obstacle)
+        return;
+    if (a_obstacle)
+        _obstaclePairs.emplace_back(b, a & ~kObstacle);
+    else if (b_obstacle)
+        _obstaclePairs.emplace_back(a, b & ~kObstacle);
+    else
+        _moverPairs.emplace_back(std::min(a, b), std::max(a, b));
+}
+
+std::span<uint32_t const> SweepAndPrune::LaterMovers(size_t mover) const {
+    return _laterMovers.Of(mover);
+}
+
+std::span<uint32_t const> SweepAndPrune::Obstacles(size_t mover) const {
+    return _nearObstacles.Of(mover);
+}
+
+void SweepAndPrune::Buckets::Fill(size_t movers, std::vector<std::pair<uint32_t, uint32_t>> const& pairs) {
+    // Counting sort by mover: after placing, offsets[m] has moved on to where bucket m + 1 starts.
+    offsets.assign(movers + 1, 0);
+    for (auto const& [mover, other] : pairs)
+        ++offsets[mover + 1];
+    for (size_t m = 0; m < movers; ++m)
+        offsets[m + 1] += offsets[m];
+    candidates.resize(pairs.size());
+    for (auto const& [mover, other] : pairs)
+        candidates[offsets[mover]++] = other;
+    for (size_t m = movers; m > 0; --m)
+        offsets[m] = offsets[m - 1];
+    offsets[0] = 0;
+    for (size_t m = 0; m < movers; ++m)
+        std::sort(candidates.begin() + offsets[m], candidates.begin() + offsets[m + 1]);
+}
+
+std::span<uint32_t const> SweepAndPrune::Buckets::Of(size_t mover) const {
+    return std::span<uint32_t const>(candidates).subspan(offsets[mover], offsets[mover + 1] - offsets[mover]);
+}
+
+}
