@@ -10,7 +10,9 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
+#include <optional>
 
 namespace game::physics {
 
@@ -42,9 +44,9 @@ size_t NormalCount(ConvexMeshCollider const& collider) {
     return std::min<size_t>(collider.normals_count, ConvexMeshCollider::kMaxNormals);
 }
 
-glm::dvec3 BoxCenter(ConvexMeshCollider const& collider) {
-    glm::dvec3 const local = (glm::dvec3(collider.box_min) + glm::dvec3(collider.box_max)) * 0.5;
-    return glm::dvec3(collider.transform * glm::dvec4(local, 1.0));
+glm::dvec3 BoxCenter(PlacedCollider const& placed) {
+    glm::dvec3 const local = (glm::dvec3(placed.collider.box_min) + glm::dvec3(placed.collider.box_max)) * 0.5;
+    return glm::dvec3(placed.transform * glm::dvec4(local, 1.0));
 }
 
 /// Whether the vertices are the corners of a box numbered by bits, bit 0 taking x from the maximum, bit 1 y and bit 2
@@ -65,9 +67,9 @@ bool HasBoxCorners(ConvexMeshCollider const& collider) {
 /// A shape's vertices in world space, made once per test and kept by coordinate so that the projections onto an
 /// axis run over plain arrays.
 struct Hull {
-    explicit Hull(ConvexMeshCollider const& collider) : count(VertexCount(collider)) {
+    explicit Hull(PlacedCollider const& placed) : count(VertexCount(placed.collider)) {
         for (size_t i = 0; i < count; ++i) {
-            glm::dvec3 const world(collider.transform * glm::dvec4(glm::dvec3(collider.vertices[i]), 1.0));
+            glm::dvec3 const world(placed.transform * glm::dvec4(glm::dvec3(placed.collider.vertices[i]), 1.0));
             x[i] = world.x;
             y[i] = world.y;
             z[i] = world.z;
@@ -158,23 +160,44 @@ constexpr auto kBoxEdgePairs = [] {
     return pairs;
 }();
 
+/// The directions of a box's 13 vertex pairs, normalised in float, in its own space. They depend on its corners alone,
+/// and most bodies of a scene are boxes of a few sizes, so those of the last box seen are kept, per thread.
+std::array<glm::dvec3, kBoxEdgePairs.size()> const& BoxDirections(ConvexMeshCollider const& collider) {
+    struct Kept {
+        std::array<glm::vec3, kMaxVertices> corners;
+        std::array<glm::dvec3, kBoxEdgePairs.size()> directions;
+    };
+    thread_local std::optional<Kept> kept;
+    // Compared by their bits: corners equal but for the sign of a zero give differences that differ in it.
+    if (!kept || std::memcmp(kept->corners.data(), collider.vertices.data(), sizeof kept->corners) != 0) {
+        kept.emplace();
+        std::memcpy(kept->corners.data(), collider.vertices.data(), sizeof kept->corners);
+        for (size_t k = 0; k < kBoxEdgePairs.size(); ++k) {
+            auto const [i, j] = kBoxEdgePairs[k];
+            kept->directions[k] = glm::dvec3(glm::normalize(collider.vertices[j] - collider.vertices[i]));
+        }
+    }
+    return kept->directions;
+}
+
 /// The directions of a shape's vertex pairs i < j, each normalised in float from the collider's own vertices and
 /// then turned into world space, in pair order. A pair whose difference equals an earlier one's, or its opposite, is
 /// left out: its axes would repeat the earlier ones to the bit, up to sign, and an axis tried twice can neither
 /// separate nor win the second time.
 struct EdgeDirections {
-    explicit EdgeDirections(ConvexMeshCollider const& collider, bool box_corners) {
-        glm::dmat3 const rotation(collider.transform);
-        auto const add = [&](glm::vec3 const& difference) {
-            glm::dvec3 const world = rotation * glm::dvec3(glm::normalize(difference));
+    explicit EdgeDirections(PlacedCollider const& placed, bool box_corners) {
+        ConvexMeshCollider const& collider = placed.collider;
+        glm::dmat3 const rotation(placed.transform);
+        auto const place = [&](glm::dvec3 const& local) {
+            glm::dvec3 const world = rotation * local;
             x[count / kLanes][count % kLanes] = world.x;
             y[count / kLanes][count % kLanes] = world.y;
             z[count / kLanes][count % kLanes] = world.z;
             ++count;
         };
         if (box_corners) {
-            for (auto const& [i, j] : kBoxEdgePairs)
-                add(collider.vertices[j] - collider.vertices[i]);
+            for (glm::dvec3 const& direction : BoxDirections(collider))
+                place(direction);
         } else {
             // Differences compared by their bits, with zeros made positive so that opposites match too.
             struct Key {
@@ -197,7 +220,7 @@ struct EdgeDirections {
                                     [&](Key const& other) { return other == key || other == opposite; }))
                         continue;
                     kept[count] = key;
-                    add(difference);
+                    place(glm::dvec3(glm::normalize(difference)));
                 }
             }
         }
@@ -238,39 +261,33 @@ double Overlap(std::pair<double, double> const& a, std::pair<double, double> con
     return std::min(a.second, b.second) - std::max(a.first, b.first);
 }
 
-bool TakeNormalAxes(ConvexMeshCollider const& owner, Hull const& a, Hull const& b, BestAxis& best) {
-    glm::dmat3 const rotation(owner.transform);
-    for (size_t i = 0; i < NormalCount(owner); ++i) {
-        glm::dvec3 const axis = glm::normalize(rotation * glm::dvec3(owner.normals[i]));
-        if (!best.Take(Overlap(a.Interval(axis), b.Interval(axis)), axis))
-            return false;
-    }
-    return true;
-}
-
+/// Whether every lane of a comparison holds, folded without a branch per lane.
 template <typename Mask>
 bool All(Mask const& mask) {
-    for (size_t lane = 0; lane < kLanes; ++lane) {
-        if (!mask[lane])
-            return false;
-    }
-    return true;
+    auto folded = mask[0];
+    for (size_t lane = 1; lane < kLanes; ++lane)
+        folded &= mask[lane];
+    return folded != 0;
 }
 
 Lanes Min(Lanes const& a, Lanes const& b) { return a < b ? a : b; }
 
-Lanes Abs(Lanes const& a) { return a > -a ? a : -a; }
+/// Clears the sign bits: one instruction, where a comparison and a choice take several.
+Lanes Abs(Lanes const& a) {
+    using Bits = uint64_t __attribute__((vector_size(sizeof(Lanes))));
+    return reinterpret_cast<Lanes>(reinterpret_cast<Bits>(a) & ~(Bits{} + (uint64_t{1} << 63)));
+}
 
 /// A box with corners numbered by bits, in world space as a centre and three half axes. On an axis, two of them give a
 /// lower bound of the overlap of their projections for the price of seven dot products instead of sixteen, which lets
 /// the edge loop pass over the many axes that neither separate nor come near the best overlap.
 struct BoxBound {
-    BoxBound(ConvexMeshCollider const& collider, bool box_corners) {
+    BoxBound(PlacedCollider const& placed, bool box_corners) {
         if (!box_corners)
             return;
-        glm::vec3 const low = collider.vertices[0];
-        glm::vec3 const high = collider.vertices[7];
-        glm::dmat4 const& transform = collider.transform;
+        glm::vec3 const low = placed.collider.vertices[0];
+        glm::vec3 const high = placed.collider.vertices[7];
+        glm::dmat4 const& transform = placed.transform;
         glm::dvec3 const half = (glm::dvec3(high) - glm::dvec3(low)) * 0.5;
         center = glm::dvec3(transform * glm::dvec4((glm::dvec3(low) + glm::dvec3(high)) * 0.5, 1.0));
         double rotation_size = 0.0;
@@ -312,6 +329,53 @@ struct BoxBound {
 // What the bound is lowered by, per unit of the boxes' magnitudes: about 450 units in the last place, where the
 // rounding of the bound and of the projections together can take away some tens at most.
 constexpr double kBoundSlack = 1e-13;
+
+/// The face normals of a, then those of b, turned into the world and normalised. Between two boxes each one is
+/// first bounded, and only those whose overlap may separate the shapes or be the least are projected: the result is
+/// that of projecting them all in order.
+bool TakeFaceAxes(PlacedCollider const& a, PlacedCollider const& b, Hull const& hull_a, Hull const& hull_b,
+                  BoxBound const& box_a, BoxBound const& box_b, BestAxis& best) {
+    std::array<glm::dvec3, 2 * ConvexMeshCollider::kMaxNormals> axes;
+    size_t count = 0;
+    for (PlacedCollider const* owner : {&a, &b}) {
+        glm::dmat3 const rotation(owner->transform);
+        for (size_t i = 0; i < NormalCount(owner->collider); ++i)
+            axes[count++] = glm::normalize(rotation * glm::dvec3(owner->collider.normals[i]));
+    }
+    auto const take = [&](glm::dvec3 const& axis) {
+        return best.Take(Overlap(hull_a.Interval(axis), hull_b.Interval(axis)), axis);
+    };
+    if (!box_a.usable || !box_b.usable) {
+        for (size_t k = 0; k < count; ++k)
+            if (!take(axes[k]))
+                return false;
+        return true;
+    }
+
+    // A box's projection is its centre's plus or minus its radius, so the bound is the overlap itself but for the
+    // rounding, which the slack covers on either side.
+    double const slack = kBoundSlack * (box_a.magnitude + box_b.magnitude);
+    glm::dvec3 const between = box_a.center - box_b.center;
+    std::array<double, 2 * ConvexMeshCollider::kMaxNormals> bounds;
+    double least = kLargest;
+    for (size_t k = 0; k < count; ++k) {
+        double const ra = box_a.Radius(axes[k]);
+        double const rb = box_b.Radius(axes[k]);
+        bounds[k] = std::min(std::min(ra + ra, rb + rb), ra + rb - std::abs(glm::dot(between, axes[k])));
+        least = std::min(least, bounds[k]);
+    }
+    // An overlap sure to be none separates the shapes, whichever axis the projections would have met first.
+    if (!(least + slack > 0.0))
+        return false;
+    for (size_t k = 0; k < count; ++k) {
+        // Sure to be above the least overlap, and so above zero: this axis neither separates nor wins.
+        if (bounds[k] - slack > least + slack)
+            continue;
+        if (!take(axes[k]))
+            return false;
+    }
+    return true;
+}
 
 /// Every axis cross(u, v) of a direction u of a and a direction v of b, in that nesting, several v at a time.
 bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, LaneHull const& a, LaneHull const& b,
@@ -379,9 +443,9 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
 /// A collider's box with its transform and the inverse, which the contact search uses for many points: the
 /// arithmetic of ConvexMeshCollider::GetPositionClamped with a margin of zero.
 struct Box {
-    explicit Box(ConvexMeshCollider const& collider)
-        : to_world(collider.transform), to_local(glm::inverse(collider.transform)), low(collider.box_min),
-          high(collider.box_max) {}
+    explicit Box(PlacedCollider const& placed)
+        : to_world(placed.transform), to_local(glm::inverse(placed.transform)), low(placed.collider.box_min),
+          high(placed.collider.box_max) {}
 
     glm::dvec3 Clamp(glm::dvec3 const& position) const {
         glm::dvec3 const local(to_local * glm::dvec4(position, 1.0));
@@ -418,12 +482,12 @@ Nearest NearestClamped(Hull const& hull, Box const& box) {
     return nearest;
 }
 
-Collision SphereCollision(ConvexMeshCollider const& a, glm::dvec3 const& center_a, ConvexMeshCollider const& b,
+Collision SphereCollision(PlacedCollider const& a, glm::dvec3 const& center_a, PlacedCollider const& b,
                           glm::dvec3 const& center_b) {
-    double const radius = a.radius;
+    double const radius = a.collider.radius;
     glm::dvec3 const origin(a.transform[3]);
     Hull const hull(b);
-    BoxBound const box(b, HasBoxCorners(b));
+    BoxBound const box(b, HasBoxCorners(b.collider));
     // Twice the length bounds the sum of the centre's absolute coordinates, as the box's magnitude does its own.
     double const slack = kBoundSlack * (box.magnitude + glm::length(center_a) * 2 + std::abs(radius));
     BestAxis best;
@@ -446,8 +510,8 @@ Collision SphereCollision(ConvexMeshCollider const& a, glm::dvec3 const& center_
     };
 
     glm::dmat3 const rotation(b.transform);
-    for (size_t i = 0; i < NormalCount(b); ++i) {
-        if (!take(glm::normalize(rotation * glm::dvec3(b.normals[i]))))
+    for (size_t i = 0; i < NormalCount(b.collider); ++i) {
+        if (!take(glm::normalize(rotation * glm::dvec3(b.collider.normals[i]))))
             return {};
     }
     std::array<glm::dvec3, kMaxVertices> toward;
@@ -485,7 +549,7 @@ Collision SphereCollision(ConvexMeshCollider const& a, glm::dvec3 const& center_
 }
 
 std::pair<double, double> ProjectOntoAxis(ConvexMeshCollider const& collider, glm::dvec3 const& axis) {
-    return Hull(collider).Interval(axis);
+    return Hull({collider, collider.transform}).Interval(axis);
 }
 
 bool PotentialBoxBoxIntersection(glm::dmat4 const& a, glm::dmat4 const& b, glm::dvec3 const& a_min,
@@ -519,33 +583,38 @@ bool PotentialBoxBoxIntersection(glm::dmat4 const& a, glm::dmat4 const& b, glm::
 }
 
 bool PotentialBoxBoxIntersection(ConvexMeshCollider const& a, ConvexMeshCollider const& b) {
-    if (!(glm::distance(BoxCenter(a), BoxCenter(b)) < a.radius + b.radius))
+    if (!(glm::distance(BoxCenter({a, a.transform}), BoxCenter({b, b.transform})) < a.radius + b.radius))
         return false;
     return PotentialBoxBoxIntersection(a.transform, b.transform, a.box_min, a.box_max, b.box_min, b.box_max, false,
                                        true);
 }
 
 Collision ConvexCollision(ConvexMeshCollider const& a, ConvexMeshCollider const& b) {
+    return ConvexCollision(PlacedCollider{a, a.transform}, PlacedCollider{b, b.transform});
+}
+
+Collision ConvexCollision(PlacedCollider const& a, PlacedCollider const& b) {
     glm::dvec3 const center_a = BoxCenter(a);
     glm::dvec3 const center_b = BoxCenter(b);
-    if (glm::distance(center_a, center_b) > a.radius + b.radius)
+    if (glm::distance(center_a, center_b) > a.collider.radius + b.collider.radius)
         return {};
-    if (a.is_sphere)
+    if (a.collider.is_sphere)
         return SphereCollision(a, center_a, b, center_b);
 
     Hull const hull_a(a);
     Hull const hull_b(b);
+    bool const corners_a = HasBoxCorners(a.collider);
+    bool const corners_b = HasBoxCorners(b.collider);
+    BoxBound const bound_a(a, corners_a);
+    BoxBound const bound_b(b, corners_b);
     BestAxis best;
-    if (!TakeNormalAxes(a, hull_a, hull_b, best) || !TakeNormalAxes(b, hull_a, hull_b, best))
+    if (!TakeFaceAxes(a, b, hull_a, hull_b, bound_a, bound_b, best))
         return {};
-    bool const corners_a = HasBoxCorners(a);
-    bool const corners_b = HasBoxCorners(b);
     EdgeDirections const edges_a(a, corners_a);
     EdgeDirections const edges_b(b, corners_b);
     // Edge axes need two vertices on each side, so both hulls have a first vertex to pad with.
     if (edges_a.count > 0 && edges_b.count > 0 &&
-        !TakeEdgeAxes(edges_a, edges_b, LaneHull(hull_a), LaneHull(hull_b), BoxBound(a, corners_a),
-                      BoxBound(b, corners_b), best))
+        !TakeEdgeAxes(edges_a, edges_b, LaneHull(hull_a), LaneHull(hull_b), bound_a, bound_b, best))
         return {};
 
     Collision result;
@@ -566,7 +635,7 @@ Collision ConvexCollision(ConvexMeshCollider const& a, ConvexMeshCollider const&
         return result;
     }
     glm::dvec3 const pb = box_b.Clamp(from_b.point);
-    result.point = (a.radius <= b.radius ? box_a : box_b).Clamp((pa + pb) * 0.5);
+    result.point = (a.collider.radius <= b.collider.radius ? box_a : box_b).Clamp((pa + pb) * 0.5);
     return result;
 }
 

@@ -14,6 +14,13 @@
 
 namespace game::physics {
 
+/// A collider put somewhere without being copied: its shape, and the transform that takes it into the space of the
+/// test in place of its own.
+struct PlacedCollider {
+    game::entity::ConvexMeshCollider const& collider;
+    glm::dmat4 transform;
+};
+
 /// (min, max) of the dot products of the collider's world-space vertices with `axis`; with no vertices, the empty
 /// interval (largest double, lowest double).
 MERIDON_EXPORT std::pair<double, double> ProjectOntoAxis(game::entity::ConvexMeshCollider const& collider,
@@ -35,5 +42,8 @@ MERIDON_EXPORT bool PotentialBoxBoxIntersection(game::entity::ConvexMeshCollider
 /// and negate the normal. Edges that are exactly parallel make a pair that never touches through this test.
 MERIDON_EXPORT Collision ConvexCollision(game::entity::ConvexMeshCollider const& a,
                                          game::entity::ConvexMeshCollider const& b);
+/// The same test of colliders placed by transforms of their own: what the physics step tests many times per step,
+/// where copies of whole colliders would cost more than some of the tests.
+MERIDON_EXPORT Collision ConvexCollision(PlacedCollider const& a, PlacedCollider const& b);
 
 }

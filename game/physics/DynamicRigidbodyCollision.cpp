@@ -19,19 +19,25 @@ constexpr double kRestSpeed = 0.1;
 constexpr double kRestSpin = 0.05;
 constexpr int kRestContacts = 3;
 
-/// A collider carried into another frame: the same shape with `transform` in front of its own.
-ConvexMeshCollider Placed(ConvexMeshCollider const& collider, glm::dmat4 const& transform) {
-    ConvexMeshCollider placed = collider;
-    placed.transform = transform * collider.transform;
-    return placed;
+/// A collider carried into another frame, `transform` in front of its own, without a copy.
+PlacedCollider Placed(ConvexMeshCollider const& collider, glm::dmat4 const& transform) {
+    return {collider, transform * collider.transform};
+}
+
+/// A whole copy of a placed collider, for what takes one: on_contact functions, and the filter in front of
+/// sub-colliders. The narrow phase needs none.
+ConvexMeshCollider Copied(PlacedCollider const& placed) {
+    ConvexMeshCollider copy = placed.collider;
+    copy.transform = placed.transform;
+    return copy;
 }
 
 /// Whether the collider box `w` can meet a body of many colliders at all, by the body's bounds.
-bool CanMeetBody(ConvexMeshCollider const& w, Rigidbody const& body) {
+bool CanMeetBody(PlacedCollider const& w, Rigidbody const& body) {
     if (body.colliders.size() <= 3)
         return true;
-    return PotentialBoxBoxIntersection(w.transform, body.GetTransform(), glm::dvec3(w.box_min), glm::dvec3(w.box_max),
-                                       body.bounds_min, body.bounds_max, true, true);
+    return PotentialBoxBoxIntersection(w.transform, body.GetTransform(), glm::dvec3(w.collider.box_min),
+                                       glm::dvec3(w.collider.box_max), body.bounds_min, body.bounds_max, true, true);
 }
 
 double RotationalMass(DynamicRigidbody const& body, glm::dvec3 const& r, glm::dvec3 const& direction) {
@@ -54,27 +60,30 @@ void AddDebugLine(DynamicRigidbody& body, Collision const& collision) {
 struct DynamicRigidbody::StaticContact {
     DynamicRigidbody& body;
     ConvexMeshCollider const& own;
-    ConvexMeshCollider& world;
+    PlacedCollider& world;
     /// The obstacle, or null for the parent.
     Rigidbody const* obstacle;
     double h;
     int& contacts;
 
-    void Test(ConvexMeshCollider const& other) {
+    void Test(PlacedCollider const& placed) {
+        ConvexMeshCollider const& other = placed.collider;
         if (other.coverage < 0.95 && !other.sub_colliders->empty()) {
-            if (!PotentialBoxBoxIntersection(world, other))
+            if (!PotentialBoxBoxIntersection(Copied(world), Copied(placed)))
                 return;
             for (auto const& part : *other.sub_colliders)
                 if (!part.IsEmpty())
-                    Test(Placed(part, other.transform));
+                    Test(Placed(part, placed.transform));
             return;
         }
-        Collision collision = ConvexCollision(world, other);
+        Collision collision = ConvexCollision(world, placed);
         if (collision.depth <= 0.0)
             return;
         AddDebugLine(body, collision);
         if (other.on_contact) {
-            ContactEvent event{body, other, &world, collision, h};
+            ConvexMeshCollider const theirs = Copied(placed);
+            ConvexMeshCollider const mine = Copied(world);
+            ContactEvent event{body, theirs, &mine, collision, h};
             if (other.on_contact(event))
                 ++contacts;
         } else {
@@ -95,7 +104,7 @@ struct DynamicRigidbody::StaticContact {
 void DynamicRigidbody::CollisionDetection(double h) {
     int contacts = 0;
     for (auto const& own : colliders) {
-        ConvexMeshCollider world = Placed(own, GetTransform());
+        PlacedCollider world = Placed(own, GetTransform());
 
         // Moving bodies: each pair once, from the earlier body's list. Their contacts do not count towards rest.
         for (DynamicRigidbody* other : near_dynamic) {
@@ -103,7 +112,7 @@ void DynamicRigidbody::CollisionDetection(double h) {
                 continue;
             glm::dmat4 otherTransform = other->GetTransform();
             for (auto const& theirs : other->colliders) {
-                ConvexMeshCollider them = Placed(theirs, otherTransform);
+                PlacedCollider const them = Placed(theirs, otherTransform);
                 Collision collision;
                 if (theirs.is_sphere) {
                     // The sphere path only knows the sphere as its first shape.
@@ -115,15 +124,19 @@ void DynamicRigidbody::CollisionDetection(double h) {
                 if (collision.depth <= 0.0)
                     continue;
                 AddDebugLine(*this, collision);
-                if (theirs.on_contact) {
-                    collision.normal = -collision.normal;
-                    ContactEvent event{*other, them, &world, collision, h};
-                    theirs.on_contact(event);
-                    collision.normal = -collision.normal;
-                }
-                if (own.on_contact) {
-                    ContactEvent event{*this, world, &them, collision, h};
-                    own.on_contact(event);
+                if (theirs.on_contact || own.on_contact) {
+                    ConvexMeshCollider const others = Copied(them);
+                    ConvexMeshCollider const mine = Copied(world);
+                    if (theirs.on_contact) {
+                        collision.normal = -collision.normal;
+                        ContactEvent event{*other, others, &mine, collision, h};
+                        theirs.on_contact(event);
+                        collision.normal = -collision.normal;
+                    }
+                    if (own.on_contact) {
+                        ContactEvent event{*this, mine, &others, collision, h};
+                        own.on_contact(event);
+                    }
                 }
                 if (collision.depth > 0.0)
                     RespondToCollision(other, collision, own.friction * theirs.friction);
