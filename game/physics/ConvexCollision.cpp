@@ -56,12 +56,14 @@ bool HasBoxCorners(ConvexMeshCollider const& collider) {
         return false;
     glm::vec3 const low = collider.vertices[0];
     glm::vec3 const high = collider.vertices[7];
+    // All comparisons, folded without a branch each: most shapes asked are boxes.
+    bool same = true;
     for (int corner = 0; corner < 8; ++corner) {
-        glm::vec3 const expected(corner & 1 ? high.x : low.x, corner & 2 ? high.y : low.y, corner & 4 ? high.z : low.z);
-        if (collider.vertices[corner] != expected)
-            return false;
+        glm::vec3 const& vertex = collider.vertices[corner];
+        same &= (vertex.x == (corner & 1 ? high.x : low.x)) & (vertex.y == (corner & 2 ? high.y : low.y)) &
+                (vertex.z == (corner & 4 ? high.z : low.z));
     }
-    return true;
+    return same;
 }
 
 /// A shape's vertices in world space, made once per test and kept by coordinate so that the projections onto an
@@ -333,49 +335,49 @@ constexpr double kBoundSlack = 1e-13;
 /// The face normals of a, then those of b, turned into the world and normalised. Between two boxes each one is
 /// first bounded, and only those whose overlap may separate the shapes or be the least are projected: the result is
 /// that of projecting them all in order.
-bool TakeFaceAxes(PlacedCollider const& a, PlacedCollider const& b, Hull const& hull_a, Hull const& hull_b,
-                  BoxBound const& box_a, BoxBound const& box_b, BestAxis& best) {
-    std::array<glm::dvec3, 2 * ConvexMeshCollider::kMaxNormals> axes;
-    size_t count = 0;
-    for (PlacedCollider const* owner : {&a, &b}) {
-        glm::dmat3 const rotation(owner->transform);
-        for (size_t i = 0; i < NormalCount(owner->collider); ++i)
-            axes[count++] = glm::normalize(rotation * glm::dvec3(owner->collider.normals[i]));
+struct FaceAxes {
+    FaceAxes(PlacedCollider const& a, PlacedCollider const& b, BoxBound const& box_a, BoxBound const& box_b)
+        : bounded(box_a.usable && box_b.usable), slack(kBoundSlack * (box_a.magnitude + box_b.magnitude)) {
+        for (PlacedCollider const* owner : {&a, &b}) {
+            glm::dmat3 const rotation(owner->transform);
+            for (size_t i = 0; i < NormalCount(owner->collider); ++i)
+                axes[count++] = glm::normalize(rotation * glm::dvec3(owner->collider.normals[i]));
+        }
+        if (!bounded)
+            return;
+        // A box's projection is its centre's plus or minus its radius, so the bound is the overlap itself but for
+        // the rounding, which the slack covers on either side.
+        glm::dvec3 const between = box_a.center - box_b.center;
+        for (size_t k = 0; k < count; ++k) {
+            double const ra = box_a.Radius(axes[k]);
+            double const rb = box_b.Radius(axes[k]);
+            bounds[k] = std::min(std::min(ra + ra, rb + rb), ra + rb - std::abs(glm::dot(between, axes[k])));
+            least = std::min(least, bounds[k]);
+        }
     }
-    auto const take = [&](glm::dvec3 const& axis) {
-        return best.Take(Overlap(hull_a.Interval(axis), hull_b.Interval(axis)), axis);
-    };
-    if (!box_a.usable || !box_b.usable) {
-        for (size_t k = 0; k < count; ++k)
-            if (!take(axes[k]))
+
+    /// An overlap sure to be none separates the shapes, whichever axis the projections would have met first: then
+    /// the shapes' vertices needn't even be placed.
+    bool SurelyApart() const { return bounded && !(least + slack > 0.0); }
+
+    bool Take(Hull const& hull_a, Hull const& hull_b, BestAxis& best) const {
+        for (size_t k = 0; k < count; ++k) {
+            // Sure to be above the least overlap, and so above zero: this axis neither separates nor wins.
+            if (bounded && bounds[k] - slack > least + slack)
+                continue;
+            if (!best.Take(Overlap(hull_a.Interval(axes[k]), hull_b.Interval(axes[k])), axes[k]))
                 return false;
+        }
         return true;
     }
 
-    // A box's projection is its centre's plus or minus its radius, so the bound is the overlap itself but for the
-    // rounding, which the slack covers on either side.
-    double const slack = kBoundSlack * (box_a.magnitude + box_b.magnitude);
-    glm::dvec3 const between = box_a.center - box_b.center;
+    bool bounded;
+    double slack;
+    std::array<glm::dvec3, 2 * ConvexMeshCollider::kMaxNormals> axes;
     std::array<double, 2 * ConvexMeshCollider::kMaxNormals> bounds;
+    size_t count = 0;
     double least = kLargest;
-    for (size_t k = 0; k < count; ++k) {
-        double const ra = box_a.Radius(axes[k]);
-        double const rb = box_b.Radius(axes[k]);
-        bounds[k] = std::min(std::min(ra + ra, rb + rb), ra + rb - std::abs(glm::dot(between, axes[k])));
-        least = std::min(least, bounds[k]);
-    }
-    // An overlap sure to be none separates the shapes, whichever axis the projections would have met first.
-    if (!(least + slack > 0.0))
-        return false;
-    for (size_t k = 0; k < count; ++k) {
-        // Sure to be above the least overlap, and so above zero: this axis neither separates nor wins.
-        if (bounds[k] - slack > least + slack)
-            continue;
-        if (!take(axes[k]))
-            return false;
-    }
-    return true;
-}
+};
 
 /// Every axis cross(u, v) of a direction u of a and a direction v of b, in that nesting, several v at a time.
 bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, LaneHull const& a, LaneHull const& b,
@@ -601,14 +603,17 @@ Collision ConvexCollision(PlacedCollider const& a, PlacedCollider const& b) {
     if (a.collider.is_sphere)
         return SphereCollision(a, center_a, b, center_b);
 
-    Hull const hull_a(a);
-    Hull const hull_b(b);
     bool const corners_a = HasBoxCorners(a.collider);
     bool const corners_b = HasBoxCorners(b.collider);
     BoxBound const bound_a(a, corners_a);
     BoxBound const bound_b(b, corners_b);
+    FaceAxes const faces(a, b, bound_a, bound_b);
+    if (faces.SurelyApart())
+        return {};
+    Hull const hull_a(a);
+    Hull const hull_b(b);
     BestAxis best;
-    if (!TakeFaceAxes(a, b, hull_a, hull_b, bound_a, bound_b, best))
+    if (!faces.Take(hull_a, hull_b, best))
         return {};
     EdgeDirections const edges_a(a, corners_a);
     EdgeDirections const edges_b(b, corners_b);
