@@ -14,6 +14,10 @@
 #include <limits>
 #include <optional>
 
+#ifdef __SSE2__
+#include <immintrin.h>
+#endif
+
 namespace game::physics {
 
 using game::entity::ConvexMeshCollider;
@@ -272,17 +276,14 @@ bool All(Mask const& mask) {
     return folded != 0;
 }
 
-Lanes Min(Lanes const& a, Lanes const& b) { return a < b ? a : b; }
-
-/// Clears the sign bits: one instruction, where a comparison and a choice take several.
-Lanes Abs(Lanes const& a) {
-    using Bits = uint64_t __attribute__((vector_size(sizeof(Lanes))));
-    return reinterpret_cast<Lanes>(reinterpret_cast<Bits>(a) & ~(Bits{} + (uint64_t{1} << 63)));
+template <typename Vector>
+Vector Min(Vector const& a, Vector const& b) {
+    return a < b ? a : b;
 }
 
 /// A box with corners numbered by bits, in world space as a centre and three half axes. On an axis, two of them give a
 /// lower bound of the overlap of their projections for the price of seven dot products instead of sixteen, which lets
-/// the edge loop pass over the many axes that neither separate nor come near the best overlap.
+/// the tests pass over the many axes that neither separate nor come near the best overlap.
 struct BoxBound {
     BoxBound(PlacedCollider const& placed, bool box_corners) {
         if (!box_corners)
@@ -294,10 +295,7 @@ struct BoxBound {
         center = glm::dvec3(transform * glm::dvec4((glm::dvec3(low) + glm::dvec3(high)) * 0.5, 1.0));
         double rotation_size = 0.0;
         for (int j = 0; j < 3; ++j) {
-            glm::dvec3 const half_axis = glm::dvec3(transform[j]) * half[j];
-            x[j] = Lanes{} + half_axis.x;
-            y[j] = Lanes{} + half_axis.y;
-            z[j] = Lanes{} + half_axis.z;
+            half_axes[j] = glm::dvec3(transform[j]) * half[j];
             rotation_size += std::abs(transform[j].x) + std::abs(transform[j].y) + std::abs(transform[j].z);
         }
         glm::dvec3 const reach = glm::max(glm::abs(glm::dvec3(low)), glm::abs(glm::dvec3(high)));
@@ -306,22 +304,15 @@ struct BoxBound {
         usable = true;
     }
 
-    /// Lane by lane, half the width of the box's projection onto the lanes' axes.
-    Lanes Radius(Lanes const& ax, Lanes const& ay, Lanes const& az) const {
-        return Abs(x[0] * ax + y[0] * ay + z[0] * az) + Abs(x[1] * ax + y[1] * ay + z[1] * az) +
-               Abs(x[2] * ax + y[2] * ay + z[2] * az);
-    }
-
+    /// Half the width of the box's projection onto `axis`.
     double Radius(glm::dvec3 const& axis) const {
-        return Radius(Lanes{} + axis.x, Lanes{} + axis.y, Lanes{} + axis.z)[0];
+        return std::abs(glm::dot(half_axes[0], axis)) + std::abs(glm::dot(half_axes[1], axis)) +
+               std::abs(glm::dot(half_axes[2], axis));
     }
 
     bool usable = false;
     glm::dvec3 center{0.0};
-    /// The coordinates of the three half axes, each in all lanes.
-    std::array<Lanes, 3> x{};
-    std::array<Lanes, 3> y{};
-    std::array<Lanes, 3> z{};
+    std::array<glm::dvec3, 3> half_axes{};
     /// At least the sum of the absolute coordinates of any world vertex, of the centre, and of the three half axes
     /// together, and so at least any projection onto a unit axis: the rounding errors of the bound and of the
     /// projections stay below some tens of units in its last place.
@@ -379,19 +370,157 @@ struct FaceAxes {
     double least = kLargest;
 };
 
+// Edge axes of two boxes are bounded this many at a time, in single precision: twice the lanes of the exact test.
+constexpr size_t kFloatLanes = 2 * kLanes;
+using FloatLanes = float __attribute__((vector_size(kFloatLanes * sizeof(float))));
+
+/// A bit per lane of a comparison's result, lane 0 lowest.
+unsigned LaneBits(decltype(FloatLanes{} < FloatLanes{}) const& mask) {
+#ifdef __SSE2__
+    return unsigned(_mm_movemask_ps(reinterpret_cast<__m128>(mask)));
+#else
+    unsigned bits = 0;
+    for (size_t lane = 0; lane < kFloatLanes; ++lane)
+        bits |= unsigned(mask[lane] & 1) << lane;
+    return bits;
+#endif
+}
+
+/// Clears the sign bits: one instruction, where a comparison and a choice take several.
+FloatLanes Abs(FloatLanes const& a) {
+    using Bits = uint32_t __attribute__((vector_size(sizeof(FloatLanes))));
+    return reinterpret_cast<FloatLanes>(reinterpret_cast<Bits>(a) & (Bits{} + 0x7fffffffu));
+}
+constexpr size_t kBoxEdgeBlocks = (kBoxEdgePairs.size() + kFloatLanes - 1) / kFloatLanes;
+// Larger boxes and offsets are left to the exact test, far from where single precision could overflow.
+constexpr double kLargestFloatBound = 1e15;
+
+/// Between two boxes, a lower bound of the overlap on each axis cross(u, v) of a direction u of a and a direction v of
+/// b, made in single precision from the triple products w·(u×v) = (w×u)·v: the crosses of u with the half axes and
+/// the centres' offset are made once per u, all seven together, and each axis then costs seven dot products and no
+/// root. The bound is lowered by more than single precision can get wrong, so an axis it passes over is surely one
+/// the exact test would neither separate on nor take.
+class FloatEdgeBound {
+public:
+    FloatEdgeBound(BoxBound const& a, BoxBound const& b, EdgeDirections const& edges_b) {
+        std::array<glm::dvec3, kCrossed> const crossed{a.half_axes[0], a.half_axes[1], a.half_axes[2], b.half_axes[0],
+                                                       b.half_axes[1], b.half_axes[2], a.center - b.center};
+        double size = 0.0;
+        for (size_t k = 0; k < kCrossed; ++k) {
+            size += glm::length(crossed[k]);
+            crossed_x_[k / kFloatLanes][k % kFloatLanes] = float(crossed[k].x);
+            crossed_y_[k / kFloatLanes][k % kFloatLanes] = float(crossed[k].y);
+            crossed_z_[k / kFloatLanes][k % kFloatLanes] = float(crossed[k].z);
+        }
+        usable_ = a.usable && b.usable && edges_b.count == kBoxEdgePairs.size() && size < kLargestFloatBound;
+        if (!usable_)
+            return;
+        double longest2 = 0.0;
+        for (size_t k = 0; k < kBoxEdgeBlocks * kFloatLanes; ++k) {
+            // The lanes past the last direction repeat it.
+            size_t const from = std::min(k, edges_b.count - 1);
+            glm::dvec3 const v(edges_b.x[from / kLanes][from % kLanes], edges_b.y[from / kLanes][from % kLanes],
+                               edges_b.z[from / kLanes][from % kLanes]);
+            x_[k / kFloatLanes][k % kFloatLanes] = float(v.x);
+            y_[k / kFloatLanes][k % kFloatLanes] = float(v.y);
+            z_[k / kFloatLanes][k % kFloatLanes] = float(v.z);
+            length2_[k / kFloatLanes][k % kFloatLanes] = float(glm::dot(v, v));
+            longest2 = std::max(longest2, glm::dot(v, v));
+        }
+        size_ = size;
+        longest_ = std::sqrt(longest2);
+    }
+
+    bool Usable() const { return usable_; }
+
+    /// One bit per direction v of b, set where the overlap on cross(u, v) is surely above zero and above `limit`.
+    unsigned Passed(glm::dvec3 const& u, double limit) const {
+        float const ux = float(u.x);
+        float const uy = float(u.y);
+        float const uz = float(u.z);
+        // Per crossed vector w, w×u, each coordinate in all lanes.
+        std::array<std::array<FloatLanes, 3>, kCrossedBlocks * kFloatLanes> rows;
+#pragma GCC unroll 2
+        for (size_t half = 0; half < kCrossedBlocks; ++half) {
+            FloatLanes const& wx = crossed_x_[half];
+            FloatLanes const& wy = crossed_y_[half];
+            FloatLanes const& wz = crossed_z_[half];
+            FloatLanes const cx = wy * uz - wz * uy;
+            FloatLanes const cy = wz * ux - wx * uz;
+            FloatLanes const cz = wx * uy - wy * ux;
+#pragma GCC unroll 4
+            for (size_t lane = 0; lane < kFloatLanes; ++lane)
+                rows[half * kFloatLanes + lane] = {FloatLanes{} + cx[lane], FloatLanes{} + cy[lane],
+                                                   FloatLanes{} + cz[lane]};
+        }
+        double const u2 = glm::dot(u, u);
+        // Single precision makes each dot product below wrong by at most some tens of units in the last place of
+        // the lengths that went into it; 2^-16 of them is several times more.
+        FloatLanes const error = FloatLanes{} + float(0x1p-16 * size_ * std::sqrt(u2) * longest_);
+        // And the squared length of the cross product, found from |u|²|v|² - (u·v)², by at most 2^-20 of |u|²|v|².
+        FloatLanes const parallel = FloatLanes{} + float(0x1p-18 * u2 * longest_ * longest_);
+        // The limit squared, raised past the rounding of the squares compared.
+        FloatLanes const limit2 = FloatLanes{} + float(limit * limit * (1.0 + 0x1p-18));
+
+        unsigned bits = 0;
+#pragma GCC unroll 4
+        for (size_t block = 0; block < kBoxEdgeBlocks; ++block) {
+            FloatLanes const& vx = x_[block];
+            FloatLanes const& vy = y_[block];
+            FloatLanes const& vz = z_[block];
+            auto const dot = [&](std::array<FloatLanes, 3> const& w) { return w[0] * vx + w[1] * vy + w[2] * vz; };
+            FloatLanes const ra = Abs(dot(rows[0])) + Abs(dot(rows[1])) + Abs(dot(rows[2]));
+            FloatLanes const rb = Abs(dot(rows[3])) + Abs(dot(rows[4])) + Abs(dot(rows[5]));
+            FloatLanes const lower = Min(Min(ra + ra, rb + rb), ra + rb - Abs(dot(rows[6]))) - error;
+            FloatLanes const uv = ux * vx + uy * vy + uz * vz;
+            FloatLanes const length2 = float(u2) * length2_[block] - uv * uv + parallel;
+            bits |= LaneBits((lower > 0.0f) & (lower * lower > limit2 * length2)) << block * kFloatLanes;
+        }
+        return bits;
+    }
+
+private:
+    /// The half axes of a, those of b, and the offset of a's centre from b's.
+    static constexpr size_t kCrossed = 7;
+    static constexpr size_t kCrossedBlocks = (kCrossed + kFloatLanes - 1) / kFloatLanes;
+
+    bool usable_ = false;
+    /// The sum of the lengths of the crossed vectors.
+    double size_ = 0.0;
+    /// The longest direction of b.
+    double longest_ = 0.0;
+    std::array<FloatLanes, kCrossedBlocks> crossed_x_{};
+    std::array<FloatLanes, kCrossedBlocks> crossed_y_{};
+    std::array<FloatLanes, kCrossedBlocks> crossed_z_{};
+    std::array<FloatLanes, kBoxEdgeBlocks> x_;
+    std::array<FloatLanes, kBoxEdgeBlocks> y_;
+    std::array<FloatLanes, kBoxEdgeBlocks> z_;
+    std::array<FloatLanes, kBoxEdgeBlocks> length2_;
+};
+
 /// Every axis cross(u, v) of a direction u of a and a direction v of b, in that nesting, several v at a time.
 bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, LaneHull const& a, LaneHull const& b,
                   BoxBound const& box_a, BoxBound const& box_b, BestAxis& best) {
-    bool const bounded = box_a.usable && box_b.usable;
-    glm::dvec3 const between = box_a.center - box_b.center;
-    // Twice the slack, so that the rounding of the squares below cannot eat the margin the bound needs.
+    constexpr unsigned kBlockBits = (1u << kLanes) - 1;
+    FloatEdgeBound const bound(box_a, box_b, edges_b);
+    // Twice the slack of the faces: the projections' rounding on either side.
     double const margin = 2 * kBoundSlack * (box_a.magnitude + box_b.magnitude);
     size_t const blocks = edges_b.Blocks();
+    unsigned const all_passed = (1u << blocks * kLanes) - 1;
     for (size_t i = 0; i < edges_a.count; ++i) {
         double const ux = edges_a.x[i / kLanes][i % kLanes];
         double const uy = edges_a.y[i / kLanes][i % kLanes];
         double const uz = edges_a.z[i / kLanes][i % kLanes];
-        for (size_t block = 0; block < blocks; ++block) {
+        // Axes whose overlap is sure to be above zero and no less than the best can neither separate nor win. The
+        // lanes past b's last direction repeat it and pass with it. Parallel directions give a cross product of
+        // length zero, no surety, and a not-a-number axis below, whose projections and overlap are not numbers, so
+        // the pair separates, as it does through the empty projections that such an axis gives one at a time.
+        unsigned passed = bound.Usable() ? bound.Passed({ux, uy, uz}, margin + best.depth) & all_passed : 0;
+        if (passed == all_passed)
+            continue;
+        for (size_t block = 0; block < blocks; ++block, passed >>= kLanes) {
+            if ((passed & kBlockBits) == kBlockBits)
+                continue;
             Lanes const& vx = edges_b.x[block];
             Lanes const& vy = edges_b.y[block];
             Lanes const& vz = edges_b.z[block];
@@ -400,23 +529,6 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
             Lanes const cy = uz * vx - vz * ux;
             Lanes const cz = ux * vy - vx * uy;
             Lanes const length2 = cx * cx + cy * cy + cz * cz;
-
-            // Axes whose overlap is sure to be above zero and no less than the best can neither separate nor win.
-            // The bound is taken on the cross product itself, where every length is |c| times that on the unit axis,
-            // so the many axes it passes over cost no square root or division. Parallel directions give a cross
-            // product of length zero, no surety, and a not-a-number axis below, whose projections and overlap are
-            // not numbers, so the pair separates, as it does through the empty projections that such an axis gives
-            // one at a time.
-            if (bounded) {
-                Lanes const ra = box_a.Radius(cx, cy, cz);
-                Lanes const rb = box_b.Radius(cx, cy, cz);
-                Lanes const apart = Abs(between.x * cx + between.y * cy + between.z * cz);
-                Lanes const lower = Min(Min(ra + ra, rb + rb), ra + rb - apart);
-                double const limit = margin + best.depth;
-                if (All((lower > 0.0) & (lower * lower > limit * limit * length2)))
-                    continue;
-            }
-
             Lanes root;
             for (size_t lane = 0; lane < kLanes; ++lane)
                 root[lane] = std::sqrt(length2[lane]);
