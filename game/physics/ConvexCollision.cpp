@@ -166,24 +166,37 @@ constexpr auto kBoxEdgePairs = [] {
     return pairs;
 }();
 
-/// The directions of a box's 13 vertex pairs, normalised in float, in its own space. They depend on its corners alone,
-/// and most bodies of a scene are boxes of a few sizes, so those of the last box seen are kept, per thread.
-std::array<glm::dvec3, kBoxEdgePairs.size()> const& BoxDirections(ConvexMeshCollider const& collider) {
-    struct Kept {
-        std::array<glm::vec3, kMaxVertices> corners;
-        std::array<glm::dvec3, kBoxEdgePairs.size()> directions;
-    };
-    thread_local std::optional<Kept> kept;
+/// What a box's corners alone decide: the directions of its 13 vertex pairs, normalised in float, in its own space.
+struct BoxShape {
+    std::array<glm::vec3, 8> corners;
+    std::array<glm::dvec3, kBoxEdgePairs.size()> directions;
+};
+
+/// The shape of a collider whose vertices are a box's corners numbered by bits, or null for any other. Most bodies
+/// of a scene are boxes of a few sizes, so the last two shapes met are kept, per thread: a shape returned stays valid
+/// through the next call.
+BoxShape const* KnownBox(ConvexMeshCollider const& collider) {
+    thread_local std::array<std::optional<BoxShape>, 2> kept;
+    thread_local size_t older = 0;
+    if (VertexCount(collider) != 8)
+        return nullptr;
     // Compared by their bits: corners equal but for the sign of a zero give differences that differ in it.
-    if (!kept || std::memcmp(kept->corners.data(), collider.vertices.data(), sizeof kept->corners) != 0) {
-        kept.emplace();
-        std::memcpy(kept->corners.data(), collider.vertices.data(), sizeof kept->corners);
-        for (size_t k = 0; k < kBoxEdgePairs.size(); ++k) {
-            auto const [i, j] = kBoxEdgePairs[k];
-            kept->directions[k] = glm::dvec3(glm::normalize(collider.vertices[j] - collider.vertices[i]));
+    for (size_t k = 0; k < kept.size(); ++k) {
+        if (kept[k] && std::memcmp(kept[k]->corners.data(), collider.vertices.data(), sizeof kept[k]->corners) == 0) {
+            older = 1 - k;
+            return &*kept[k];
         }
     }
-    return kept->directions;
+    if (!HasBoxCorners(collider))
+        return nullptr;
+    BoxShape& shape = kept[older].emplace();
+    older = 1 - older;
+    std::memcpy(shape.corners.data(), collider.vertices.data(), sizeof shape.corners);
+    for (size_t k = 0; k < kBoxEdgePairs.size(); ++k) {
+        auto const [i, j] = kBoxEdgePairs[k];
+        shape.directions[k] = glm::dvec3(glm::normalize(collider.vertices[j] - collider.vertices[i]));
+    }
+    return &shape;
 }
 
 /// The directions of a shape's vertex pairs i < j, each normalised in float from the collider's own vertices and
@@ -191,7 +204,7 @@ std::array<glm::dvec3, kBoxEdgePairs.size()> const& BoxDirections(ConvexMeshColl
 /// left out: its axes would repeat the earlier ones to the bit, up to sign, and an axis tried twice can neither
 /// separate nor win the second time.
 struct EdgeDirections {
-    explicit EdgeDirections(PlacedCollider const& placed, bool box_corners) {
+    explicit EdgeDirections(PlacedCollider const& placed, BoxShape const* box) {
         ConvexMeshCollider const& collider = placed.collider;
         glm::dmat3 const rotation(placed.transform);
         auto const place = [&](glm::dvec3 const& local) {
@@ -201,8 +214,8 @@ struct EdgeDirections {
             z[count / kLanes][count % kLanes] = world.z;
             ++count;
         };
-        if (box_corners) {
-            for (glm::dvec3 const& direction : BoxDirections(collider))
+        if (box) {
+            for (glm::dvec3 const& direction : box->directions)
                 place(direction);
         } else {
             // Differences compared by their bits, with zeros made positive so that opposites match too.
@@ -374,8 +387,10 @@ struct FaceAxes {
 constexpr size_t kFloatLanes = 2 * kLanes;
 using FloatLanes = float __attribute__((vector_size(kFloatLanes * sizeof(float))));
 
+using FloatMask = decltype(FloatLanes{} < FloatLanes{});
+
 /// A bit per lane of a comparison's result, lane 0 lowest.
-unsigned LaneBits(decltype(FloatLanes{} < FloatLanes{}) const& mask) {
+unsigned LaneBits(FloatMask const& mask) {
 #ifdef __SSE2__
     return unsigned(_mm_movemask_ps(reinterpret_cast<__m128>(mask)));
 #else
@@ -429,9 +444,36 @@ public:
         }
         size_ = size;
         longest_ = std::sqrt(longest2);
+        between_ = a.center - b.center;
+        inradius_a_ = Inradius(a);
+        inradius_b_ = Inradius(b);
     }
 
     bool Usable() const { return usable_; }
+
+    /// Whether every axis cross(u, v) surely overlaps by more than `limit`, judged for all of them at once: a box holds
+    /// the ball of its inradius, so its radius on any unit axis is at least that, and on an axis across u the centres'
+    /// offset shows no more than its part across u. Axes of nearly parallel directions are left to the lanes: they
+    /// stray from across u by their rounding, and those of exactly parallel ones are not numbers and separate.
+    bool RowClear(glm::dvec3 const& u, double limit) const {
+        double const u2 = glm::dot(u, u);
+        glm::dvec3 const across = between_ - u * (glm::dot(between_, u) / u2);
+        double const lower = std::min({inradius_a_ + inradius_a_, inradius_b_ + inradius_b_,
+                                       inradius_a_ + inradius_b_ - glm::length(across)});
+        if (!(lower - kRowTolerance * size_ > limit))
+            return false;
+        float const ux = float(u.x);
+        float const uy = float(u.y);
+        float const uz = float(u.z);
+        // |u×v|² against |u|²|v|², found as |u|²|v|² - (u·v)² with the error that Passed allows for.
+        FloatLanes const threshold = FloatLanes{} + float(u2 * (kNearlyParallel + 0x1p-18));
+        FloatMask clear = ~FloatMask{};
+        for (size_t block = 0; block < kBoxEdgeBlocks; ++block) {
+            FloatLanes const uv = ux * x_[block] + uy * y_[block] + uz * z_[block];
+            clear &= float(u2) * length2_[block] - uv * uv > threshold * length2_[block];
+        }
+        return LaneBits(clear) == (1u << kFloatLanes) - 1;
+    }
 
     /// One bit per direction v of b, set where the overlap on cross(u, v) is surely above zero and above `limit`.
     unsigned Passed(glm::dvec3 const& u, double limit) const {
@@ -482,9 +524,25 @@ public:
 private:
     /// The half axes of a, those of b, and the offset of a's centre from b's.
     static constexpr size_t kCrossed = 7;
+    // Directions this close to parallel, in squared sine, make axes left to the lanes; the others' axes stray from
+    // across u by less than 1e-12 of the sizes, which the tolerance covers many times over with the rounding.
+    static constexpr double kNearlyParallel = 1e-6;
+    static constexpr double kRowTolerance = 1e-11;
+
+    /// The radius of the largest ball in the box: its volume over its largest face.
+    static double Inradius(BoxBound const& box) {
+        auto const& [h0, h1, h2] = box.half_axes;
+        double const largest_face =
+            std::max({glm::length(glm::cross(h1, h2)), glm::length(glm::cross(h2, h0)), glm::length(glm::cross(h0, h1))});
+        return std::abs(glm::dot(h0, glm::cross(h1, h2))) / largest_face;
+    }
+
     static constexpr size_t kCrossedBlocks = (kCrossed + kFloatLanes - 1) / kFloatLanes;
 
     bool usable_ = false;
+    glm::dvec3 between_{0.0};
+    double inradius_a_ = 0.0;
+    double inradius_b_ = 0.0;
     /// The sum of the lengths of the crossed vectors.
     double size_ = 0.0;
     /// The longest direction of b.
@@ -515,6 +573,8 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
         // lanes past b's last direction repeat it and pass with it. Parallel directions give a cross product of
         // length zero, no surety, and a not-a-number axis below, whose projections and overlap are not numbers, so
         // the pair separates, as it does through the empty projections that such an axis gives one at a time.
+        if (bound.Usable() && bound.RowClear({ux, uy, uz}, margin + best.depth))
+            continue;
         unsigned passed = bound.Usable() ? bound.Passed({ux, uy, uz}, margin + best.depth) & all_passed : 0;
         if (passed == all_passed)
             continue;
@@ -601,7 +661,7 @@ Collision SphereCollision(PlacedCollider const& a, glm::dvec3 const& center_a, P
     double const radius = a.collider.radius;
     glm::dvec3 const origin(a.transform[3]);
     Hull const hull(b);
-    BoxBound const box(b, HasBoxCorners(b.collider));
+    BoxBound const box(b, KnownBox(b.collider) != nullptr);
     // Twice the length bounds the sum of the centre's absolute coordinates, as the box's magnitude does its own.
     double const slack = kBoundSlack * (box.magnitude + glm::length(center_a) * 2 + std::abs(radius));
     BestAxis best;
@@ -715,10 +775,10 @@ Collision ConvexCollision(PlacedCollider const& a, PlacedCollider const& b) {
     if (a.collider.is_sphere)
         return SphereCollision(a, center_a, b, center_b);
 
-    bool const corners_a = HasBoxCorners(a.collider);
-    bool const corners_b = HasBoxCorners(b.collider);
-    BoxBound const bound_a(a, corners_a);
-    BoxBound const bound_b(b, corners_b);
+    BoxShape const* const shape_a = KnownBox(a.collider);
+    BoxShape const* const shape_b = KnownBox(b.collider);
+    BoxBound const bound_a(a, shape_a != nullptr);
+    BoxBound const bound_b(b, shape_b != nullptr);
     FaceAxes const faces(a, b, bound_a, bound_b);
     if (faces.SurelyApart())
         return {};
@@ -727,8 +787,8 @@ Collision ConvexCollision(PlacedCollider const& a, PlacedCollider const& b) {
     BestAxis best;
     if (!faces.Take(hull_a, hull_b, best))
         return {};
-    EdgeDirections const edges_a(a, corners_a);
-    EdgeDirections const edges_b(b, corners_b);
+    EdgeDirections const edges_a(a, shape_a);
+    EdgeDirections const edges_b(b, shape_b);
     // Edge axes need two vertices on each side, so both hulls have a first vertex to pad with.
     if (edges_a.count > 0 && edges_b.count > 0 &&
         !TakeEdgeAxes(edges_a, edges_b, LaneHull(hull_a), LaneHull(hull_b), bound_a, bound_b, best))

@@ -124,6 +124,9 @@ TEST(ConvexCollision, NoContactWithoutAxisWhenBoundingSpheresAreApartOrEdgesExac
     ExpectNoContact(ConvexCollision(Box(glm::vec3(0.5f), {0.3, 0.2, 0}), Box(glm::vec3(0.5f), {0, 0, 0})));
     ExpectNoContact(
         ConvexCollision(Box(glm::vec3(0.5f), {0.3, 0.2, 0}, Tilt(0.4)), Box({1.0f, 0.2f, 0.3f}, {0, 0, 0}, Tilt(0.4))));
+    // One pair of parallel edges is enough: a box turned about the vertical, sunk into the one below it.
+    glm::dquat const yaw = glm::angleAxis(0.4, glm::dvec3(0, 1, 0));
+    ExpectNoContact(ConvexCollision(Box(glm::vec3(0.5f), {0, 0.9, 0}, yaw), Box(glm::vec3(0.5f), {0, 0, 0})));
 }
 
 TEST(ConvexCollision, CornerSunkIntoASlab) {
@@ -263,11 +266,14 @@ TEST_F(ConvexCollisionOfRandomBoxes, FindsWhatProjectingEveryAxisFindsToTheBit) 
         far_a.transform[3] += far;
         far_b.transform[3] += far;
         cases.push_back({far_a, far_b});
-        // Turned to b's rotation but for a hair: nearly parallel edges, whose axes are the least precise.
-        ConvexMeshCollider aligned = a;
-        aligned.transform = b.transform * glm::mat4_cast(Tilt(1e-7 * unit(random)));
-        aligned.transform[3] = a.transform[3];
-        cases.push_back({aligned, b});
+        // Turned to b's rotation, and to it but for a hair: parallel edges, whose axes are not numbers, and nearly
+        // parallel ones, whose axes are the least precise.
+        for (double hair : {0.0, 1e-7 * unit(random)}) {
+            ConvexMeshCollider aligned = a;
+            aligned.transform = b.transform * glm::mat4_cast(Tilt(hair));
+            aligned.transform[3] = a.transform[3];
+            cases.push_back({aligned, b});
+        }
         // Just apart, and just touching, along the axis found.
         Collision const collision = ConvexCollision(a, b);
         for (double gap : {1e-9, -1e-9}) {
