@@ -1,5 +1,7 @@
 #include "game/physics/ConvexCollision.h"
 
+#include "game/physics/BoxEdgeBound.h"
+
 #include <glm/common.hpp>
 #include <glm/geometric.hpp>
 #include <glm/mat3x3.hpp>
@@ -14,9 +16,6 @@
 #include <limits>
 #include <optional>
 
-#ifdef __SSE2__
-#include <immintrin.h>
-#endif
 
 namespace game::physics {
 
@@ -383,184 +382,21 @@ struct FaceAxes {
     double least = kLargest;
 };
 
-// Edge axes of two boxes are bounded this many at a time, in single precision: twice the lanes of the exact test.
-constexpr size_t kFloatLanes = 2 * kLanes;
-using FloatLanes = float __attribute__((vector_size(kFloatLanes * sizeof(float))));
-
-using FloatMask = decltype(FloatLanes{} < FloatLanes{});
-
-/// A bit per lane of a comparison's result, lane 0 lowest.
-unsigned LaneBits(FloatMask const& mask) {
-#ifdef __SSE2__
-    return unsigned(_mm_movemask_ps(reinterpret_cast<__m128>(mask)));
-#else
-    unsigned bits = 0;
-    for (size_t lane = 0; lane < kFloatLanes; ++lane)
-        bits |= unsigned(mask[lane] & 1) << lane;
-    return bits;
-#endif
-}
-
-/// Clears the sign bits: one instruction, where a comparison and a choice take several.
-FloatLanes Abs(FloatLanes const& a) {
-    using Bits = uint32_t __attribute__((vector_size(sizeof(FloatLanes))));
-    return reinterpret_cast<FloatLanes>(reinterpret_cast<Bits>(a) & (Bits{} + 0x7fffffffu));
-}
-constexpr size_t kBoxEdgeBlocks = (kBoxEdgePairs.size() + kFloatLanes - 1) / kFloatLanes;
-// Larger boxes and offsets are left to the exact test, far from where single precision could overflow.
-constexpr double kLargestFloatBound = 1e15;
-
-/// Between two boxes, a lower bound of the overlap on each axis cross(u, v) of a direction u of a and a direction v of
-/// b, made in single precision from the triple products w·(u×v) = (w×u)·v: the crosses of u with the half axes and
-/// the centres' offset are made once per u, all seven together, and each axis then costs seven dot products and no
-/// root. The bound is lowered by more than single precision can get wrong, so an axis it passes over is surely one
-/// the exact test would neither separate on nor take.
-class FloatEdgeBound {
-public:
-    FloatEdgeBound(BoxBound const& a, BoxBound const& b, EdgeDirections const& edges_b) {
-        std::array<glm::dvec3, kCrossed> const crossed{a.half_axes[0], a.half_axes[1], a.half_axes[2], b.half_axes[0],
-                                                       b.half_axes[1], b.half_axes[2], a.center - b.center};
-        double size = 0.0;
-        for (size_t k = 0; k < kCrossed; ++k) {
-            size += glm::length(crossed[k]);
-            crossed_x_[k / kFloatLanes][k % kFloatLanes] = float(crossed[k].x);
-            crossed_y_[k / kFloatLanes][k % kFloatLanes] = float(crossed[k].y);
-            crossed_z_[k / kFloatLanes][k % kFloatLanes] = float(crossed[k].z);
-        }
-        usable_ = a.usable && b.usable && edges_b.count == kBoxEdgePairs.size() && size < kLargestFloatBound;
-        if (!usable_)
-            return;
-        double longest2 = 0.0;
-        for (size_t k = 0; k < kBoxEdgeBlocks * kFloatLanes; ++k) {
-            // The lanes past the last direction repeat it.
-            size_t const from = std::min(k, edges_b.count - 1);
-            glm::dvec3 const v(edges_b.x[from / kLanes][from % kLanes], edges_b.y[from / kLanes][from % kLanes],
-                               edges_b.z[from / kLanes][from % kLanes]);
-            x_[k / kFloatLanes][k % kFloatLanes] = float(v.x);
-            y_[k / kFloatLanes][k % kFloatLanes] = float(v.y);
-            z_[k / kFloatLanes][k % kFloatLanes] = float(v.z);
-            length2_[k / kFloatLanes][k % kFloatLanes] = float(glm::dot(v, v));
-            longest2 = std::max(longest2, glm::dot(v, v));
-        }
-        size_ = size;
-        longest_ = std::sqrt(longest2);
-        between_ = a.center - b.center;
-        inradius_a_ = Inradius(a);
-        inradius_b_ = Inradius(b);
-    }
-
-    bool Usable() const { return usable_; }
-
-    /// Whether every axis cross(u, v) surely overlaps by more than `limit`, judged for all of them at once: a box holds
-    /// the ball of its inradius, so its radius on any unit axis is at least that, and on an axis across u the centres'
-    /// offset shows no more than its part across u. Axes of nearly parallel directions are left to the lanes: they
-    /// stray from across u by their rounding, and those of exactly parallel ones are not numbers and separate.
-    bool RowClear(glm::dvec3 const& u, double limit) const {
-        double const u2 = glm::dot(u, u);
-        glm::dvec3 const across = between_ - u * (glm::dot(between_, u) / u2);
-        double const lower = std::min({inradius_a_ + inradius_a_, inradius_b_ + inradius_b_,
-                                       inradius_a_ + inradius_b_ - glm::length(across)});
-        if (!(lower - kRowTolerance * size_ > limit))
-            return false;
-        float const ux = float(u.x);
-        float const uy = float(u.y);
-        float const uz = float(u.z);
-        // |u×v|² against |u|²|v|², found as |u|²|v|² - (u·v)² with the error that Passed allows for.
-        FloatLanes const threshold = FloatLanes{} + float(u2 * (kNearlyParallel + 0x1p-18));
-        FloatMask clear = ~FloatMask{};
-        for (size_t block = 0; block < kBoxEdgeBlocks; ++block) {
-            FloatLanes const uv = ux * x_[block] + uy * y_[block] + uz * z_[block];
-            clear &= float(u2) * length2_[block] - uv * uv > threshold * length2_[block];
-        }
-        return LaneBits(clear) == (1u << kFloatLanes) - 1;
-    }
-
-    /// One bit per direction v of b, set where the overlap on cross(u, v) is surely above zero and above `limit`.
-    unsigned Passed(glm::dvec3 const& u, double limit) const {
-        float const ux = float(u.x);
-        float const uy = float(u.y);
-        float const uz = float(u.z);
-        // Per crossed vector w, w×u, each coordinate in all lanes.
-        std::array<std::array<FloatLanes, 3>, kCrossedBlocks * kFloatLanes> rows;
-#pragma GCC unroll 2
-        for (size_t half = 0; half < kCrossedBlocks; ++half) {
-            FloatLanes const& wx = crossed_x_[half];
-            FloatLanes const& wy = crossed_y_[half];
-            FloatLanes const& wz = crossed_z_[half];
-            FloatLanes const cx = wy * uz - wz * uy;
-            FloatLanes const cy = wz * ux - wx * uz;
-            FloatLanes const cz = wx * uy - wy * ux;
-#pragma GCC unroll 4
-            for (size_t lane = 0; lane < kFloatLanes; ++lane)
-                rows[half * kFloatLanes + lane] = {FloatLanes{} + cx[lane], FloatLanes{} + cy[lane],
-                                                   FloatLanes{} + cz[lane]};
-        }
-        double const u2 = glm::dot(u, u);
-        // Single precision makes each dot product below wrong by at most some tens of units in the last place of
-        // the lengths that went into it; 2^-16 of them is several times more.
-        FloatLanes const error = FloatLanes{} + float(0x1p-16 * size_ * std::sqrt(u2) * longest_);
-        // And the squared length of the cross product, found from |u|²|v|² - (u·v)², by at most 2^-20 of |u|²|v|².
-        FloatLanes const parallel = FloatLanes{} + float(0x1p-18 * u2 * longest_ * longest_);
-        // The limit squared, raised past the rounding of the squares compared.
-        FloatLanes const limit2 = FloatLanes{} + float(limit * limit * (1.0 + 0x1p-18));
-
-        unsigned bits = 0;
-#pragma GCC unroll 4
-        for (size_t block = 0; block < kBoxEdgeBlocks; ++block) {
-            FloatLanes const& vx = x_[block];
-            FloatLanes const& vy = y_[block];
-            FloatLanes const& vz = z_[block];
-            auto const dot = [&](std::array<FloatLanes, 3> const& w) { return w[0] * vx + w[1] * vy + w[2] * vz; };
-            FloatLanes const ra = Abs(dot(rows[0])) + Abs(dot(rows[1])) + Abs(dot(rows[2]));
-            FloatLanes const rb = Abs(dot(rows[3])) + Abs(dot(rows[4])) + Abs(dot(rows[5]));
-            FloatLanes const lower = Min(Min(ra + ra, rb + rb), ra + rb - Abs(dot(rows[6]))) - error;
-            FloatLanes const uv = ux * vx + uy * vy + uz * vz;
-            FloatLanes const length2 = float(u2) * length2_[block] - uv * uv + parallel;
-            bits |= LaneBits((lower > 0.0f) & (lower * lower > limit2 * length2)) << block * kFloatLanes;
-        }
-        return bits;
-    }
-
-private:
-    /// The half axes of a, those of b, and the offset of a's centre from b's.
-    static constexpr size_t kCrossed = 7;
-    // Directions this close to parallel, in squared sine, make axes left to the lanes; the others' axes stray from
-    // across u by less than 1e-12 of the sizes, which the tolerance covers many times over with the rounding.
-    static constexpr double kNearlyParallel = 1e-6;
-    static constexpr double kRowTolerance = 1e-11;
-
-    /// The radius of the largest ball in the box: its volume over its largest face.
-    static double Inradius(BoxBound const& box) {
-        auto const& [h0, h1, h2] = box.half_axes;
-        double const largest_face =
-            std::max({glm::length(glm::cross(h1, h2)), glm::length(glm::cross(h2, h0)), glm::length(glm::cross(h0, h1))});
-        return std::abs(glm::dot(h0, glm::cross(h1, h2))) / largest_face;
-    }
-
-    static constexpr size_t kCrossedBlocks = (kCrossed + kFloatLanes - 1) / kFloatLanes;
-
-    bool usable_ = false;
-    glm::dvec3 between_{0.0};
-    double inradius_a_ = 0.0;
-    double inradius_b_ = 0.0;
-    /// The sum of the lengths of the crossed vectors.
-    double size_ = 0.0;
-    /// The longest direction of b.
-    double longest_ = 0.0;
-    std::array<FloatLanes, kCrossedBlocks> crossed_x_{};
-    std::array<FloatLanes, kCrossedBlocks> crossed_y_{};
-    std::array<FloatLanes, kCrossedBlocks> crossed_z_{};
-    std::array<FloatLanes, kBoxEdgeBlocks> x_;
-    std::array<FloatLanes, kBoxEdgeBlocks> y_;
-    std::array<FloatLanes, kBoxEdgeBlocks> z_;
-    std::array<FloatLanes, kBoxEdgeBlocks> length2_;
-};
-
 /// Every axis cross(u, v) of a direction u of a and a direction v of b, in that nesting, several v at a time.
 bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, LaneHull const& a, LaneHull const& b,
                   BoxBound const& box_a, BoxBound const& box_b, BestAxis& best) {
     constexpr unsigned kBlockBits = (1u << kLanes) - 1;
-    FloatEdgeBound const bound(box_a, box_b, edges_b);
+    std::optional<BoxEdgeBound> bound;
+    if (box_a.usable && box_b.usable && edges_b.count == BoxEdgeBound::kDirections) {
+        std::array<glm::dvec3, BoxEdgeBound::kDirections> directions;
+        for (size_t k = 0; k < directions.size(); ++k)
+            directions[k] = {edges_b.x[k / kLanes][k % kLanes], edges_b.y[k / kLanes][k % kLanes],
+                             edges_b.z[k / kLanes][k % kLanes]};
+        bound.emplace(BoxEdgeBound::Box{box_a.center, box_a.half_axes}, BoxEdgeBound::Box{box_b.center, box_b.half_axes},
+                      directions);
+        if (!bound->Usable())
+            bound.reset();
+    }
     // Twice the slack of the faces: the projections' rounding on either side.
     double const margin = 2 * kBoundSlack * (box_a.magnitude + box_b.magnitude);
     size_t const blocks = edges_b.Blocks();
@@ -573,11 +409,14 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
         // lanes past b's last direction repeat it and pass with it. Parallel directions give a cross product of
         // length zero, no surety, and a not-a-number axis below, whose projections and overlap are not numbers, so
         // the pair separates, as it does through the empty projections that such an axis gives one at a time.
-        if (bound.Usable() && bound.RowClear({ux, uy, uz}, margin + best.depth))
-            continue;
-        unsigned passed = bound.Usable() ? bound.Passed({ux, uy, uz}, margin + best.depth) & all_passed : 0;
-        if (passed == all_passed)
-            continue;
+        unsigned passed = 0;
+        if (bound) {
+            if (bound->RowClear({ux, uy, uz}, margin + best.depth))
+                continue;
+            passed = bound->Passed({ux, uy, uz}, margin + best.depth) & all_passed;
+            if (passed == all_passed)
+                continue;
+        }
         for (size_t block = 0; block < blocks; ++block, passed >>= kLanes) {
             if ((passed & kBlockBits) == kBlockBits)
                 continue;
