@@ -133,15 +133,18 @@ bool const kHasAvx2 = HasAvx2();
 /// The radius of the largest ball in the box: its volume over its largest face.
 double Inradius(BoxEdgeBound::Box const& box) {
     auto const& [h0, h1, h2] = box.half_axes;
-    double const largest_face =
-        std::max({glm::length(glm::cross(h1, h2)), glm::length(glm::cross(h2, h0)), glm::length(glm::cross(h0, h1))});
-    return std::abs(glm::dot(h0, glm::cross(h1, h2))) / largest_face;
+    glm::dvec3 const face = glm::cross(h1, h2);
+    auto const length2 = [](glm::dvec3 const& v) { return glm::dot(v, v); };
+    double const largest_face2 =
+        std::max({length2(face), length2(glm::cross(h2, h0)), length2(glm::cross(h0, h1))});
+    return std::abs(glm::dot(h0, face)) / std::sqrt(largest_face2);
 }
 
 }
 
 BoxEdgeBound::BoxEdgeBound(Box const& a, Box const& b, std::array<glm::dvec3, kDirections> const& directions_b)
-    : _between(a.center - b.center), _inradiusA(Inradius(a)), _inradiusB(Inradius(b)) {
+    : _between(a.center - b.center), _between2(glm::dot(_between, _between)), _inradiusA(Inradius(a)),
+      _inradiusB(Inradius(b)) {
     std::array<glm::dvec3, kCrossed> const crossed{a.half_axes[0], a.half_axes[1], a.half_axes[2], b.half_axes[0],
                                                    b.half_axes[1], b.half_axes[2], _between};
     _lanes.size = 0.0;
@@ -169,11 +172,16 @@ bool BoxEdgeBound::RowClear(glm::dvec3 const& u, double limit) const {
     // the centres' offset shows no more than its part across u. Axes of nearly parallel directions are left to the
     // lanes: they stray from across u by their rounding, and those of exactly parallel ones are not numbers and
     // separate.
+    double const tolerance = kRowTolerance * _lanes.size;
+    if (!(_inradiusA + _inradiusA - tolerance > limit && _inradiusB + _inradiusB - tolerance > limit))
+        return false;
+    // The offset across u must then be shorter than what the inradii leave: compared squared and times |u|², as
+    // |d|²|u|² - (d·u)², whose rounding, some units in the last place of |d|²|u|², is added to it.
+    double const reach = _inradiusA + _inradiusB - tolerance - limit;
     double const u2 = glm::dot(u, u);
-    glm::dvec3 const across = _between - u * (glm::dot(_between, u) / u2);
-    double const lower =
-        std::min({_inradiusA + _inradiusA, _inradiusB + _inradiusB, _inradiusA + _inradiusB - glm::length(across)});
-    if (!(lower - kRowTolerance * _lanes.size > limit))
+    double const along = glm::dot(_between, u);
+    double const across2 = (_between2 * u2 - along * along) + 0x1p-46 * _between2 * u2;
+    if (!(reach > 0.0 && across2 < reach * reach * u2))
         return false;
     float const ux = float(u.x);
     float const uy = float(u.y);

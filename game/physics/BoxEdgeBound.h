@@ -58,6 +58,7 @@ public:
 private:
     bool _usable = false;
     glm::dvec3 _between{0.0};
+    double _between2 = 0.0;
     double _inradiusA = 0.0;
     double _inradiusB = 0.0;
     Lanes _lanes{};

@@ -187,6 +187,8 @@ void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::
 
     for (size_t i = 0; i < bodies.size(); ++i) {
         DynamicRigidbody& a = bodies[i];
+        a.near_dynamic.reserve(sweep.LaterMovers(i).size());
+        a.near_static.reserve(sweep.Obstacles(i).size());
         for (uint32_t j : sweep.LaterMovers(i)) {
             DynamicRigidbody& b = bodies[j];
             if (a.broad_radius + b.broad_radius > glm::distance(a.center, b.center) && !Ignores(a, b.id) &&
