@@ -21,6 +21,11 @@ using Lanes = double __attribute__((vector_size(kLanes * sizeof(double))));
 // sweep reaches past the last extent starts in them, and stops it, and a block that starts before the end may run
 // into them.
 constexpr size_t kPadding = 2 * kLanes - 1;
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+// Enough slabs for any crowd that is spread out, few enough that their bookkeeping stays small.
+constexpr double kMostSlabs = 1024.0;
+// More slab entries than this per extent mean extents far deeper than the slabs.
+constexpr size_t kMostEntriesPerExtent = 4;
 
 Lanes Load(std::vector<double> const& values, size_t first) {
     Lanes lanes;
@@ -63,45 +68,107 @@ void SweepAndPrune::Add(glm::dvec3 const& center, double radius, uint32_t key) {
 }
 
 void SweepAndPrune::Run() {
-    // The extents in sweep order, by coordinate, so that the inner loop reads memory in sequence several at a time.
+    SliceAcrossZ();
+    // Each slab's extents in sweep order, by coordinate, so that the inner loop reads memory in sequence several at
+    // a time; the slabs one after the other, each closed by padding.
     _order.clear();
-    for (size_t i = 0; i < _extents.size(); ++i)
-        _order.emplace_back(_extents[i].low.x, static_cast<uint32_t>(i));
-    std::sort(_order.begin(), _order.end());
-    size_t const count = _order.size();
-    for (auto* bounds : {&_lowX, &_highX, &_lowY, &_highY, &_lowZ, &_highZ})
-        bounds->resize(count + kPadding);
-    _keys.resize(count);
-    for (size_t s = 0; s < count; ++s) {
-        Extent const& e = _extents[_order[s].second];
-        _lowX[s] = e.low.x, _highX[s] = e.high.x;
-        _lowY[s] = e.low.y, _highY[s] = e.high.y;
-        _lowZ[s] = e.low.z, _highZ[s] = e.high.z;
-        _keys[s] = e.key;
+    for (size_t i = 0; i < _extents.size(); ++i) {
+        Extent const& e = _extents[i];
+        for (uint32_t slab = SlabOf(e.low.z), last = SlabOf(e.high.z); slab <= last; ++slab)
+            _order.push_back({slab, e.low.x, static_cast<uint32_t>(i)});
     }
-    for (size_t s = count; s < count + kPadding; ++s)
-        _lowX[s] = _highX[s] = _lowY[s] = _highY[s] = _lowZ[s] = _highZ[s] = std::numeric_limits<double>::quiet_NaN();
+    std::sort(_order.begin(), _order.end());
+    size_t const count = _order.size() + _slabCount * kPadding;
+    for (auto* bounds : {&_lowX, &_highX, &_lowY, &_highY, &_lowZ, &_highZ})
+        bounds->resize(count);
+    _keys.resize(count);
+    _firstSlabs.resize(count);
+    _slabEnds.clear();
+    size_t at = 0;
+    for (size_t o = 0; o < _order.size(); ++o) {
+        Extent const& e = _extents[_order[o].extent];
+        _lowX[at] = e.low.x, _highX[at] = e.high.x;
+        _lowY[at] = e.low.y, _highY[at] = e.high.y;
+        _lowZ[at] = e.low.z, _highZ[at] = e.high.z;
+        _keys[at] = e.key;
+        _firstSlabs[at] = SlabOf(e.low.z);
+        ++at;
+        if (o + 1 == _order.size() || _order[o + 1].slab != _order[o].slab) {
+            _slabEnds.push_back({_order[o].slab, at});
+            for (size_t pad = 0; pad < kPadding; ++pad, ++at)
+                _lowX[at] = _highX[at] = _lowY[at] = _highY[at] = _lowZ[at] = _highZ[at] = kNaN;
+        }
+    }
 
     _moverPairs.clear();
     _obstaclePairs.clear();
-    for (size_t s = 0; s < count; ++s) {
-        uint32_t const key = _keys[s];
-        double const high_x = _highX[s];
-        Lanes const low_y = Lanes{} + _lowY[s], high_y = Lanes{} + _highY[s];
-        Lanes const low_z = Lanes{} + _lowZ[s], high_z = Lanes{} + _highZ[s];
-        // The block's first extent starts within this one's reach, the others are checked lane by lane.
-        for (size_t t = s + 1; _lowX[t] <= high_x; t += kLanes) {
-            auto const meets = (Load(_lowX, t) <= high_x) & (Load(_lowY, t) <= high_y) &
-                               (Load(_highY, t) >= low_y) & (Load(_lowZ, t) <= high_z) & (Load(_highZ, t) >= low_z);
-            if (!Any(meets))
-                continue;
-            for (size_t lane = 0; lane < kLanes; ++lane)
-                if (meets[lane])
-                    Pair(key, _keys[t + lane]);
+    size_t begin = 0;
+    for (auto const& [slab, end] : _slabEnds) {
+        for (size_t s = begin; s < end; ++s) {
+            uint32_t const key = _keys[s];
+            uint32_t const first_slab = _firstSlabs[s];
+            double const high_x = _highX[s];
+            Lanes const low_y = Lanes{} + _lowY[s], high_y = Lanes{} + _highY[s];
+            Lanes const low_z = Lanes{} + _lowZ[s], high_z = Lanes{} + _highZ[s];
+            // The block's first extent starts within this one's reach, the others are checked lane by lane.
+            for (size_t t = s + 1; _lowX[t] <= high_x; t += kLanes) {
+                auto const meets = (Load(_lowX, t) <= high_x) & (Load(_lowY, t) <= high_y) &
+                                   (Load(_highY, t) >= low_y) & (Load(_lowZ, t) <= high_z) &
+                                   (Load(_highZ, t) >= low_z);
+                if (!Any(meets))
+                    continue;
+                // A pair that shares several slabs is met in each, and kept in the first that both reach.
+                for (size_t lane = 0; lane < kLanes; ++lane)
+                    if (meets[lane] && std::max(first_slab, _firstSlabs[t + lane]) == slab)
+                        Pair(key, _keys[t + lane]);
+            }
         }
+        begin = end + kPadding;
     }
     _laterMovers.Fill(_movers, _moverPairs);
     _nearObstacles.Fill(_movers, _obstaclePairs);
+}
+
+void SweepAndPrune::SliceAcrossZ() {
+    // Slabs about as deep as a typical extent, so that most extents reach one or two and a slab's sweep meets few
+    // that are far off in z. Extents of endless reach join every slab.
+    _slabLow = 0.0;
+    _slabDepth = 0.0;
+    _slabCount = 1;
+    _depths.clear();
+    double low = std::numeric_limits<double>::infinity();
+    double high = -low;
+    for (Extent const& e : _extents) {
+        if (!std::isfinite(e.low.z) || !std::isfinite(e.high.z))
+            continue;
+        _depths.push_back(e.high.z - e.low.z);
+        low = std::min(low, e.low.z);
+        high = std::max(high, e.high.z);
+    }
+    if (_depths.empty())
+        return;
+    auto const middle = _depths.begin() + _depths.size() / 2;
+    std::nth_element(_depths.begin(), middle, _depths.end());
+    double const depth = std::max(*middle, (high - low) / kMostSlabs);
+    if (!(depth > 0.0) || !std::isfinite(high - low))
+        return;
+    _slabLow = low;
+    _slabDepth = depth;
+    _slabCount = static_cast<uint32_t>(std::min((high - low) / depth, kMostSlabs - 1.0)) + 1;
+    // Extents much deeper than the slabs would each be swept many times over: then one slab for all.
+    size_t entries = 0;
+    for (Extent const& e : _extents)
+        entries += SlabOf(e.high.z) - SlabOf(e.low.z) + 1;
+    if (entries > kMostEntriesPerExtent * _extents.size())
+        _slabCount = 1;
+}
+
+uint32_t SweepAndPrune::SlabOf(double z) const {
+    if (_slabCount == 1)
+        return 0;
+    // Clamped before the conversion, which endless and far coordinates would overflow.
+    double const slab = std::floor((z - _slabLow) / _slabDepth);
+    return static_cast<uint32_t>(std::clamp(slab, 0.0, double(_slabCount - 1)));
 }
 
 void SweepAndPrune::Pair(uint32_t a, uint32_t b) {

@@ -4,14 +4,16 @@
 
 #include <glm/vec3.hpp>
 
+#include <compare>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace game::physics {
 
-/// Which spheres of a group may overlap, found by sorting their extents along x and sweeping, so that a group of n
-/// bodies costs about n log n rather than n squared. The answer is a superset of the overlapping pairs: each extent
+/// Which spheres of a group may overlap, found by cutting space into slabs across z and, in each slab, sorting the
+/// extents along x and sweeping, so that a group of n bodies costs about n log n rather than n squared, and a crowd
+/// spread over a plane is not swept as if it stood in a line. The answer is a superset of the overlapping pairs: each extent
 /// is grown by a hair more than the rounding of a distance test can take away, so that a caller that applies its
 /// exact test to the candidates finds every pair that a test of all pairs would.
 ///
@@ -52,16 +54,34 @@ private:
     };
 
     void Add(glm::dvec3 const& center, double radius, uint32_t key);
+    /// Chooses the slabs for the extents added.
+    void SliceAcrossZ();
+    uint32_t SlabOf(double z) const;
     /// Records that the extents of keys a and b meet.
     void Pair(uint32_t a, uint32_t b);
 
     size_t _movers = 0;
     size_t _obstacles = 0;
     std::vector<Extent> _extents;
-    std::vector<std::pair<double, uint32_t>> _order;
-    /// The extents sorted by low x, one vector per bound, padded at the end.
+    /// An extent's entry in one slab.
+    struct Entry {
+        uint32_t slab;
+        double low_x;
+        uint32_t extent;
+        auto operator<=>(Entry const&) const = default;
+    };
+    std::vector<Entry> _order;
+    std::vector<double> _depths;
+    double _slabLow = 0.0;
+    double _slabDepth = 0.0;
+    uint32_t _slabCount = 1;
+    /// Per slab met, where its entries end.
+    std::vector<std::pair<uint32_t, size_t>> _slabEnds;
+    /// The entries by slab, and in each slab by low x, one vector per bound, each slab padded at its end.
     std::vector<double> _lowX, _highX, _lowY, _highY, _lowZ, _highZ;
     std::vector<uint32_t> _keys;
+    /// The first slab that each entry's extent reaches.
+    std::vector<uint32_t> _firstSlabs;
     /// (mover, later mover) and (mover, obstacle) pairs as the sweep meets them.
     std::vector<std::pair<uint32_t, uint32_t>> _moverPairs;
     std::vector<std::pair<uint32_t, uint32_t>> _obstaclePairs;

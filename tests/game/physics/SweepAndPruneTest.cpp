@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -28,8 +29,8 @@ std::vector<uint32_t> Listed(std::span<uint32_t const> candidates) {
     return {candidates.begin(), candidates.end()};
 }
 
-/// Runs the sweep and checks it against all pairs: every meeting pair proposed, each list ascending, movers only
-/// after the mover they are listed with.
+/// Runs the sweep and checks it against all pairs: every meeting pair proposed, each list strictly ascending (a pair
+/// proposed twice would be answered twice), movers only after the mover they are listed with.
 void ExpectEveryMeetingPairProposed(SweepAndPrune& sweep, std::vector<Sphere> const& movers,
                                     std::vector<Sphere> const& obstacles) {
     sweep.Clear();
@@ -41,8 +42,8 @@ void ExpectEveryMeetingPairProposed(SweepAndPrune& sweep, std::vector<Sphere> co
     for (size_t i = 0; i < movers.size(); ++i) {
         auto later = Listed(sweep.LaterMovers(i));
         auto near = Listed(sweep.Obstacles(i));
-        EXPECT_TRUE(std::is_sorted(later.begin(), later.end()));
-        EXPECT_TRUE(std::is_sorted(near.begin(), near.end()));
+        EXPECT_EQ(std::adjacent_find(later.begin(), later.end(), std::greater_equal<>()), later.end());
+        EXPECT_EQ(std::adjacent_find(near.begin(), near.end(), std::greater_equal<>()), near.end());
         EXPECT_TRUE(std::all_of(later.begin(), later.end(), [&](uint32_t j) { return j > i && j < movers.size(); }));
         EXPECT_TRUE(std::all_of(near.begin(), near.end(), [&](uint32_t k) { return k < obstacles.size(); }));
         for (size_t j = i + 1; j < movers.size(); ++j)
@@ -67,6 +68,9 @@ TEST(SweepAndPrune, ProposesEveryPairOfARandomCrowdThatMeets) {
             movers.push_back({{coordinate(random), coordinate(random) * 0.2, coordinate(random)}, size(random)});
         for (size_t i = 0; i < count / 4; ++i)
             obstacles.push_back({{coordinate(random), 0.0, coordinate(random)}, 2 * size(random)});
+        // Spheres far larger than the rest, reaching across most of the crowd.
+        movers.push_back({{0.0, 0.0, 0.0}, 15.0});
+        obstacles.push_back({{5.0, 0.0, -5.0}, 12.0});
         ExpectEveryMeetingPairProposed(sweep, movers, obstacles);
     }
 }
