@@ -71,13 +71,24 @@ void SweepAndPrune::Run() {
     SliceAcrossZ();
     // Each slab's extents in sweep order, by coordinate, so that the inner loop reads memory in sequence several at
     // a time; the slabs one after the other, each closed by padding.
-    _order.clear();
-    for (size_t i = 0; i < _extents.size(); ++i) {
+    // Sorted along x once, then dealt into the slabs in that order, counted first so that each slab's entries are
+    // contiguous.
+    _byX.clear();
+    for (size_t i = 0; i < _extents.size(); ++i)
+        _byX.emplace_back(_extents[i].low.x, static_cast<uint32_t>(i));
+    std::sort(_byX.begin(), _byX.end());
+    _slabStarts.assign(_slabCount + 1, 0);
+    for (Extent const& e : _extents)
+        for (uint32_t slab = SlabOf(e.low.z), last = SlabOf(e.high.z); slab <= last; ++slab)
+            ++_slabStarts[slab + 1];
+    for (uint32_t slab = 0; slab < _slabCount; ++slab)
+        _slabStarts[slab + 1] += _slabStarts[slab];
+    _order.resize(_slabStarts[_slabCount]);
+    for (auto const& [low_x, i] : _byX) {
         Extent const& e = _extents[i];
         for (uint32_t slab = SlabOf(e.low.z), last = SlabOf(e.high.z); slab <= last; ++slab)
-            _order.push_back({slab, e.low.x, static_cast<uint32_t>(i)});
+            _order[_slabStarts[slab]++] = {slab, i};
     }
-    std::sort(_order.begin(), _order.end());
     size_t const count = _order.size() + _slabCount * kPadding;
     for (auto* bounds : {&_lowX, &_highX, &_lowY, &_highY, &_lowZ, &_highZ})
         bounds->resize(count);

@@ -4,7 +4,6 @@
 
 #include <glm/vec3.hpp>
 
-#include <compare>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -66,10 +65,13 @@ private:
     /// An extent's entry in one slab.
     struct Entry {
         uint32_t slab;
-        double low_x;
         uint32_t extent;
-        auto operator<=>(Entry const&) const = default;
     };
+    /// Low x and extent, sorted.
+    std::vector<std::pair<double, uint32_t>> _byX;
+    /// Where each slab's entries start, while they are dealt.
+    std::vector<size_t> _slabStarts;
+    /// The entries by slab, and in each slab by low x.
     std::vector<Entry> _order;
     std::vector<double> _depths;
     double _slabLow = 0.0;
