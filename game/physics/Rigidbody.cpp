@@ -2,7 +2,7 @@
 
 #include "game/entity/ServerSideEntity.h"
 
-#include <glm/gtc/matrix_transform.hpp>
+#include <glm/gtc/quaternion.hpp>
 
 namespace game::physics {
 
@@ -27,7 +27,10 @@ Rigidbody::Rigidbody(std::shared_ptr<game::entity::ServerSideEntity> const& sour
 }
 
 glm::dmat4 Rigidbody::GetTransform() const {
-    return glm::translate(glm::dmat4(1.0), position) * glm::mat4_cast(orientation);
+    // The rotation with the position as its last column: what translating it gives, without a product of matrices.
+    glm::dmat4 transform = glm::mat4_cast(orientation);
+    transform[3] = glm::dvec4(position, 1.0);
+    return transform;
 }
 
 void Rigidbody::ComputeBounds() {
