@@ -148,10 +148,12 @@ BoxEdgeBound::BoxEdgeBound(Box const& a, Box const& b, std::array<glm::dvec3, kD
     std::array<glm::dvec3, kCrossed> const crossed{a.half_axes[0], a.half_axes[1], a.half_axes[2], b.half_axes[0],
                                                    b.half_axes[1], b.half_axes[2], _between};
     _lanes.size = 0.0;
-    for (size_t k = 0; k < kCrossed; ++k) {
-        _lanes.size += glm::length(crossed[k]);
-        for (int coordinate = 0; coordinate < 3; ++coordinate)
-            _lanes.crossed[coordinate][k] = float(crossed[k][coordinate]);
+    for (size_t k = 0; k < kWidest; ++k) {
+        for (int coordinate = 0; coordinate < 3; ++coordinate) {
+            double const value = k < kCrossed ? crossed[k][coordinate] : 0.0;
+            _lanes.size += std::abs(value);
+            _lanes.crossed[coordinate][k] = float(value);
+        }
     }
     _usable = _lanes.size < kLargestSize;
     if (!_usable)

@@ -49,7 +49,7 @@ public:
         /// b's directions, the lanes past the last repeating it, and their squared lengths.
         alignas(32) std::array<std::array<float, kPaddedDirections>, 3> directions;
         alignas(32) std::array<float, kPaddedDirections> length2;
-        /// The sum of the lengths of the crossed vectors.
+        /// The sum of the absolute coordinates of the crossed vectors: at least the sum of their lengths.
         double size;
         /// The longest of b's directions.
         double longest;
@@ -61,7 +61,7 @@ private:
     double _between2 = 0.0;
     double _inradiusA = 0.0;
     double _inradiusB = 0.0;
-    Lanes _lanes{};
+    Lanes _lanes;
 };
 
 }
