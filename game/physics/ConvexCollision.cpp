@@ -16,7 +16,6 @@
 #include <limits>
 #include <optional>
 
-
 // The narrow phase is built twice, all its helpers folded in, and the copy for processors with AVX2 chosen when the
 // library loads: its double lanes then take three-operand instructions and wider registers. Only GCC folds
 // helpers into such copies, and only optimised builds gain from them.
@@ -297,8 +296,7 @@ bool All(Mask const& mask) {
     return folded != 0;
 }
 
-template <typename Vector>
-Vector Min(Vector const& a, Vector const& b) {
+Lanes Min(Lanes const& a, Lanes const& b) {
     return a < b ? a : b;
 }
 

@@ -167,8 +167,7 @@ bool Ignores(DynamicRigidbody const& body, Id const& other) {
 }
 
 /// Which bodies and obstacles of one group each body may touch this tick, by bounding spheres grown by the sweep.
-/// Each pair of moving bodies is listed once, with the earlier body. The sweep only proposes: each list is the
-/// distance and ignore tests of the proposed, in the order of the vectors.
+/// Each pair of moving bodies is listed once, with the earlier body, in the order of the vectors.
 void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::vector<DynamicRigidbody>& bodies) {
     std::vector<Rigidbody>* obstacles = nullptr;
     if (auto inEnvironment = tick.obstacles.find(environment); inEnvironment != tick.obstacles.end())
@@ -191,14 +190,12 @@ void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::
         a.near_static.reserve(sweep.Obstacles(i).size());
         for (uint32_t j : sweep.LaterMovers(i)) {
             DynamicRigidbody& b = bodies[j];
-            if (a.broad_radius + b.broad_radius > glm::distance(a.center, b.center) && !Ignores(a, b.id) &&
-                !Ignores(b, a.id))
+            if (!Ignores(a, b.id) && !Ignores(b, a.id))
                 a.near_dynamic.push_back(&b);
         }
         for (uint32_t k : sweep.Obstacles(i)) {
             Rigidbody& obstacle = (*obstacles)[k];
-            if (a.broad_radius + obstacle.radius > glm::distance(a.center, obstacle.center) &&
-                !Ignores(a, obstacle.id))
+            if (!Ignores(a, obstacle.id))
                 a.near_static.push_back(&obstacle);
         }
         a.parent_body = parentBody;

@@ -1,6 +1,7 @@
 #include "game/physics/SweepAndPrune.h"
 
 #include <glm/common.hpp>
+#include <glm/geometric.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -38,6 +39,11 @@ bool Any(Mask const& mask) {
     return (mask[0] | mask[1]) != 0;
 }
 
+/// The distance test of the physics step, to the bit: a pair's order in it changes nothing.
+bool Meet(auto const& a, auto const& b) {
+    return a.radius + b.radius > glm::distance(a.center, b.center);
+}
+
 bool HasNaN(glm::dvec3 const& v) {
     return std::isnan(v.x) || std::isnan(v.y) || std::isnan(v.z);
 }
@@ -60,7 +66,7 @@ void SweepAndPrune::AddObstacle(glm::dvec3 const& center, double radius) {
 void SweepAndPrune::Add(glm::dvec3 const& center, double radius, uint32_t key) {
     // A negative radius reaches less far than none, so none keeps the answer a superset.
     glm::dvec3 const reach = glm::dvec3(std::max(radius, 0.0) * (1.0 + kGrowth)) + kGrowth * glm::abs(center);
-    Extent extent{center - reach, center + reach, key};
+    Extent extent{center - reach, center + reach, center, radius, key};
     // A sphere that is not a number somewhere meets nothing in a distance test either, and would break the sort.
     if (HasNaN(extent.low) || HasNaN(extent.high))
         return;
@@ -93,6 +99,7 @@ void SweepAndPrune::Run() {
     for (auto* bounds : {&_lowX, &_highX, &_lowY, &_highY, &_lowZ, &_highZ})
         bounds->resize(count);
     _keys.resize(count);
+    _extentOf.resize(count);
     _firstSlabs.resize(count);
     _slabEnds.clear();
     size_t at = 0;
@@ -102,6 +109,7 @@ void SweepAndPrune::Run() {
         _lowY[at] = e.low.y, _highY[at] = e.high.y;
         _lowZ[at] = e.low.z, _highZ[at] = e.high.z;
         _keys[at] = e.key;
+        _extentOf[at] = _order[o].extent;
         _firstSlabs[at] = SlabOf(e.low.z);
         ++at;
         if (o + 1 == _order.size() || _order[o + 1].slab != _order[o].slab) {
@@ -117,6 +125,7 @@ void SweepAndPrune::Run() {
     for (auto const& [slab, end] : _slabEnds) {
         for (size_t s = begin; s < end; ++s) {
             uint32_t const key = _keys[s];
+            Extent const& sphere = _extents[_extentOf[s]];
             uint32_t const first_slab = _firstSlabs[s];
             double const high_x = _highX[s];
             Lanes const low_y = Lanes{} + _lowY[s], high_y = Lanes{} + _highY[s];
@@ -130,7 +139,8 @@ void SweepAndPrune::Run() {
                     continue;
                 // A pair that shares several slabs is met in each, and kept in the first that both reach.
                 for (size_t lane = 0; lane < kLanes; ++lane)
-                    if (meets[lane] && std::max(first_slab, _firstSlabs[t + lane]) == slab)
+                    if (meets[lane] && std::max(first_slab, _firstSlabs[t + lane]) == slab &&
+                        Meet(sphere, _extents[_extentOf[t + lane]]))
                         Pair(key, _keys[t + lane]);
             }
         }

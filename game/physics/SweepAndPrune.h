@@ -10,15 +10,16 @@
 
 namespace game::physics {
 
-/// Which spheres of a group may overlap, found by cutting space into slabs across z and, in each slab, sorting the
+/// Which spheres of a group overlap, found by cutting space into slabs across z and, in each slab, sorting the
 /// extents along x and sweeping, so that a group of n bodies costs about n log n rather than n squared, and a crowd
-/// spread over a plane is not swept as if it stood in a line. The answer is a superset of the overlapping pairs: each extent
-/// is grown by a hair more than the rounding of a distance test can take away, so that a caller that applies its
-/// exact test to the candidates finds every pair that a test of all pairs would.
+/// spread over a plane is not swept as if it stood in a line. Spheres overlap where their radii sum to more than the
+/// distance of their centres, computed as the physics step computes it, so the answer is that of a test of all
+/// pairs: each extent is grown by a hair more than the rounding of that test can take away, so that the sweep
+/// loses none, and the test itself is applied to what the extents let through.
 ///
-/// Movers are tested against movers and obstacles, obstacles against nothing. Each mover's candidates come in
-/// ascending index order, so that lists built from them keep the order of the group's vectors. The storage is kept
-/// from one run to the next.
+/// Movers are tested against movers and obstacles, obstacles against nothing. Each mover's pairs come in ascending
+/// index order, so that lists built from them keep the order of the group's vectors. The storage is kept from one
+/// run to the next.
 class MERIDON_EXPORT SweepAndPrune {
 public:
     /// Forgets all spheres, keeping the storage.
@@ -26,18 +27,21 @@ public:
     void AddMover(glm::dvec3 const& center, double radius);
     void AddObstacle(glm::dvec3 const& center, double radius);
 
-    /// Finds the candidates of every mover.
+    /// Finds the pairs of every mover.
     void Run();
 
-    /// Movers after `mover` whose sphere may meet its own, ascending.
+    /// Movers after `mover` whose sphere meets its own, ascending.
     std::span<uint32_t const> LaterMovers(size_t mover) const;
-    /// Obstacles whose sphere may meet the mover's, ascending.
+    /// Obstacles whose sphere meets the mover's, ascending.
     std::span<uint32_t const> Obstacles(size_t mover) const;
 
 private:
     struct Extent {
         glm::dvec3 low;
         glm::dvec3 high;
+        /// The sphere as it was added.
+        glm::dvec3 center;
+        double radius;
         /// Movers count from 0, obstacles from kObstacle.
         uint32_t key;
     };
@@ -82,6 +86,7 @@ private:
     /// The entries by slab, and in each slab by low x, one vector per bound, each slab padded at its end.
     std::vector<double> _lowX, _highX, _lowY, _highY, _lowZ, _highZ;
     std::vector<uint32_t> _keys;
+    std::vector<uint32_t> _extentOf;
     /// The first slab that each entry's extent reaches.
     std::vector<uint32_t> _firstSlabs;
     /// (mover, later mover) and (mover, obstacle) pairs as the sweep meets them.
