@@ -413,8 +413,8 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
         for (size_t k = 0; k < directions.size(); ++k)
             directions[k] = {edges_b.x[k / kLanes][k % kLanes], edges_b.y[k / kLanes][k % kLanes],
                              edges_b.z[k / kLanes][k % kLanes]};
-        bound.emplace(BoxEdgeBound::Box{box_a.center, box_a.half_axes}, BoxEdgeBound::Box{box_b.center, box_b.half_axes},
-                      directions);
+        bound.emplace(BoxEdgeBound::Box{box_a.center, box_a.half_axes},
+                      BoxEdgeBound::Box{box_b.center, box_b.half_axes}, directions);
         if (!bound->Usable())
             bound.reset();
     }
