@@ -1,0 +1,160 @@
+#include "game/chemistry/Element.h"
+#include "game/chemistry/Molecule.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+using game::Element;
+using game::Molecule;
+
+namespace {
+
+using Pairs = std::vector<std::pair<uint8_t, uint8_t>>;
+
+constexpr double kAtomicMassUnit = 1.6605402e-27;
+
+}
+
+TEST(Element, TableHoldsEveryElementInOrderAfterAPlaceholder) {
+    ASSERT_EQ(Element::elements.size(), 119u);
+    Element const& placeholder = Element::elements[0];
+    EXPECT_EQ(placeholder.symbol, "_");
+    EXPECT_EQ(placeholder.name, "");
+    EXPECT_EQ(placeholder.atomicMass, 0.0);
+    EXPECT_TRUE(placeholder.oxidationStates.empty());
+    for (size_t i = 0; i < Element::elements.size(); ++i) {
+        Element const& element = Element::elements[i];
+        EXPECT_EQ(element.number, i);
+        EXPECT_EQ(Element::elementsBySymbol.at(element.symbol), &element) << element.symbol;
+        if (i > 0) {
+            EXPECT_GT(element.atomicMass, 0.0) << element.symbol;
+            EXPECT_FALSE(element.name.empty());
+        }
+    }
+    for (char const* noble : {"He", "Ne", "Ar", "Kr", "Xe", "Rn"})
+        EXPECT_TRUE(Element::elementsBySymbol.at(noble)->oxidationStates.empty()) << noble;
+}
+
+TEST(Element, KeepsTheRowsTheGameHasAlwaysHad) {
+    struct Row {
+        int number;
+        char const* symbol;
+        char const* name;
+        double mass;
+        std::vector<int8_t> states;
+    };
+    for (Row const& row : std::vector<Row>{{1, "H", "Hydrogen", 1.008, {1}},
+                                           {2, "He", "Helium", 4.003, {}},
+                                           {4, "Be", "Berylium", 9.012, {2}},
+                                           {6, "C", "Carbon", 12.011, {4, -4}},
+                                           {8, "O", "Oxygen", 15.999, {-2}},
+                                           {9, "F", "Fluorine", 18.998, {-1}},
+                                           {13, "Al", "Aluminum", 26.982, {3}},
+                                           {15, "P", "Phosphorus", 30.974, {-3}},
+                                           {79, "Au", "Gold", 196.967, {3}},
+                                           {92, "U", "Uranium", 238.029, {6}},
+                                           {114, "Fl", "Flerovium", 289.0, {0}},
+                                           {116, "Lv", "Livermorium", 298.0, {0}}}) {
+        Element const& element = Element::elements[row.number];
+        EXPECT_EQ(element.symbol, row.symbol);
+        EXPECT_EQ(element.name, row.name);
+        EXPECT_EQ(element.atomicMass, row.mass) << row.symbol;
+        EXPECT_EQ(element.oxidationStates, row.states) << row.symbol;
+    }
+    EXPECT_EQ(Element::elements[26].oxidationStates.size(), 2u);
+    for (auto const& [number, symbol, name] : std::vector<std::tuple<int, char const*, char const*>>{
+             {113, "Uut", "Ununtrium"}, {115, "Uup", "Ununpentium"}, {117, "Uus", "Ununseptium"},
+             {118, "Uuo", "Ununoctium"}}) {
+        Element const& element = Element::elements[number];
+        EXPECT_EQ(element.symbol, symbol);
+        EXPECT_EQ(element.name, name);
+        EXPECT_EQ(element.atomicMass, std::round(element.atomicMass));
+        EXPECT_EQ(element.oxidationStates, std::vector<int8_t>{0});
+    }
+}
+
+TEST(Molecule, ReadsFormulasPairByPairInTheirOrder) {
+    EXPECT_EQ(Molecule("H2O").elements, (Pairs{{1, 2}, {8, 1}}));
+    EXPECT_EQ(Molecule("H2O").Formula(), "H2O");
+    // A repeated symbol stays two pairs.
+    EXPECT_EQ(Molecule("CH3OH").elements, (Pairs{{6, 1}, {1, 3}, {8, 1}, {1, 1}}));
+    EXPECT_EQ(Molecule("CH3OH").Formula(), "CH3OH");
+    EXPECT_EQ(Molecule("C6H12O6").elements, (Pairs{{6, 6}, {1, 12}, {8, 6}}));
+    // Counts are kept in eight bits; a count of one is not written back.
+    EXPECT_EQ(Molecule("C300").elements, (Pairs{{6, 44}}));
+    EXPECT_EQ(Molecule("Na1Cl1").Formula(), "NaCl");
+    EXPECT_EQ(Molecule("Uuo2").elements, (Pairs{{118, 2}}));
+}
+
+TEST(Molecule, FindsKnownMoleculesAndEveryElementBySymbol) {
+    ASSERT_TRUE(Molecule::molecules.contains("Fe"));
+    EXPECT_EQ(Molecule("Fe").elements, (Pairs{{26, 1}}));
+    EXPECT_EQ(Molecule::molecules.at("NaCl").elements, (Pairs{{11, 1}, {17, 1}}));
+    // Through the symbols, and not remembered as a molecule.
+    EXPECT_EQ(Molecule("Cu").elements, (Pairs{{29, 1}}));
+    EXPECT_FALSE(Molecule::molecules.contains("Cu"));
+    for (Element const& element : Element::elements) {
+        if (element.number == 0)
+            continue;
+        EXPECT_EQ(Molecule(element.symbol).elements, (Pairs{{element.number, 1}})) << element.symbol;
+    }
+}
+
+TEST(Molecule, WhatCannotBeReadIsEmptyAndRemembered) {
+    for (std::string const text : {"h2o", "H2(O)", "Qq", "H2Q", "", "H 2", "2H"}) {
+        Molecule const molecule(text);
+        EXPECT_TRUE(molecule.elements.empty()) << text;
+        EXPECT_EQ(molecule.Formula(), "");
+        EXPECT_EQ(molecule.Mass(), 0.0);
+        EXPECT_EQ(molecule.GaseousIndexOfRefraction(), 1.001);
+        EXPECT_TRUE(Molecule::molecules.contains(text)) << text;
+    }
+}
+
+TEST(Molecule, MassesMatchPublishedMolarMasses) {
+    EXPECT_DOUBLE_EQ(Molecule("CO2").Mass(), 1.6605402e-27 * (12.011 + 2 * 15.999));
+    // Grams per mole, as published.
+    for (auto const& [formula, molar] : std::vector<std::pair<char const*, double>>{
+             {"H2O", 18.015}, {"CO2", 44.009}, {"CH4", 16.043}, {"NaCl", 58.443}, {"NH3", 17.031},
+             {"C6H6", 78.114}, {"C6H12O6", 180.156}, {"H2SO4", 98.079}, {"Fe2O3", 159.688}})
+        EXPECT_NEAR(Molecule(formula).Mass() / kAtomicMassUnit, molar, 0.01) << formula;
+    // Elements past the table weigh nothing and end the written formula.
+    Molecule beyond("H2O");
+    beyond.elements.insert(beyond.elements.begin() + 1, {200, 3});
+    EXPECT_EQ(beyond.Mass(), Molecule("H2O").Mass());
+    EXPECT_EQ(beyond.Formula(), "H2");
+}
+
+TEST(Molecule, OpticalAnswers) {
+    EXPECT_EQ(Molecule("O2").GaseousIndexOfRefraction(), 1.000271);
+    EXPECT_EQ(Molecule("O3").GaseousIndexOfRefraction(), 1.000271);
+    EXPECT_EQ(Molecule("CO2").GaseousIndexOfRefraction(), 1.000449);
+    EXPECT_EQ(Molecule("Fe2").GaseousIndexOfRefraction(), 1.001);
+    EXPECT_EQ(Molecule("O4").GaseousIndexOfRefraction(), 1.001);
+    Molecule const water("H2O");
+    EXPECT_EQ(water.LiquidIndexOfRefraction(), 1.33);
+    EXPECT_EQ(water.SolidIndexOfRefraction(), 1.45);
+    EXPECT_EQ(water.HeatCapacity(), 1.0);
+}
+
+TEST(Molecule, LiquidDensityIsReadOrComputedOnceAndRemembered) {
+    EXPECT_EQ(Molecule("CH4").GetMaximumLiquidDensity(), 400.0);
+    ASSERT_FALSE(Molecule::liquidMoleculesMaxDensity.contains("NaCl"));
+    // Every atom a ball of 92 pm, its radius times its count.
+    double const radius = 9.2e-11;
+    double const volume = 2 * 4.1887902047863905 * radius * radius * radius;
+    double const density = Molecule("NaCl").GetMaximumLiquidDensity();
+    EXPECT_NEAR(density, Molecule("NaCl").Mass() / volume, density * 1e-12);
+    EXPECT_EQ(Molecule::liquidMoleculesMaxDensity.at("NaCl"), density);
+    // Read back, not computed again.
+    Molecule::liquidMoleculesMaxDensity["NaCl"] = 1234.0;
+    EXPECT_EQ(Molecule("NaCl").GetMaximumLiquidDensity(), 1234.0);
+    // An empty molecule stores 0 / 0 as it is.
+    EXPECT_TRUE(std::isnan(Molecule("nothing").GetMaximumLiquidDensity()));
+    EXPECT_TRUE(std::isnan(Molecule::liquidMoleculesMaxDensity.at("")));
+}
