@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <fstream>
 
 using game::entity::Id;
@@ -158,6 +159,25 @@ TEST_F(ServerSideEntityTest, CollidersMoveOnlyWhenNodesAreMarked) {
     for (auto const& [name, collider] : door->colliders)
         moved |= collider.transform != before.at(name).transform;
     EXPECT_TRUE(moved) << "the joint's colliders follow it";
+}
+
+TEST_F(ServerSideEntityTest, DoorDrivenPastItsLimitStopsThereAndItsLeafSwingsWithTheHinge) {
+    auto door = Make("door");
+    auto const before = door->colliders;
+    glm::dvec3 const rest(before.at("leaf").transform[3]);
+    // The leaf's centre hangs half a metre from the hinge axis, which stands upright.
+    for (float const driven : {135.0f, -200.0f}) {
+        door->joints.at("hinge").angular = {0.0f, 0.0f, driven};
+        door->nodes_dirty = true;
+        door->Update(0.01);
+        EXPECT_EQ(door->joints.at("hinge").angular, glm::vec3(0.0f, 0.0f, driven > 0 ? 90.0f : -90.0f));
+        EXPECT_EQ(door->colliders.at("leaf").transform, door->node_transforms.at("leaf"));
+        glm::dvec3 const swung(door->colliders.at("leaf").transform[3]);
+        EXPECT_NEAR(swung.y, rest.y, 1e-6) << "a quarter turn about an upright axis keeps the height";
+        EXPECT_NEAR(glm::distance(swung, rest), 0.5 * std::sqrt(2.0), 1e-5) << "a quarter turn of half a metre";
+        for (auto const* frame : {"frame_hinge_side", "frame_latch_side"})
+            EXPECT_EQ(door->colliders.at(frame).transform, before.at(frame).transform) << frame;
+    }
 }
 
 TEST_F(ServerSideEntityTest, DestroyedEntityTakesItsFileWhileAnUnloadedOneKeepsIt) {
