@@ -1,0 +1,279 @@
+#include "game/entity/ServerSideElectronics.h"
+
+#include "engine/filesystem/ReadOnlyStream.h"
+#include "engine/filesystem/WriteOnlyStream.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+using game::entity::ServerSideElectronics;
+using Value = ServerSideElectronics::ElectronicsDataInterface;
+using Values = ServerSideElectronics::Values;
+
+namespace {
+
+/// A device as a content module would write one, with its state open to the test.
+class Device : public ServerSideElectronics {
+public:
+    explicit Device(std::string label) : _label(std::move(label)) {}
+
+    void WriteState(quorl::filesystem::WriteOnlyStream&) override {}
+    void ReadState(quorl::filesystem::ReadOnlyStream&) override {}
+    void Start() override {}
+    void FullSync(quorl::filesystem::WriteOnlyStream&) override {}
+    std::string GetLabel() const override { return _label; }
+
+    using ServerSideElectronics::alias;
+    using ServerSideElectronics::connections;
+    using ServerSideElectronics::inputQueues;
+    using ServerSideElectronics::inputsByAlias;
+    using ServerSideElectronics::inputsByPort;
+
+private:
+    std::string _label;
+};
+
+/// A sensor that sends its reading down output port 0 and its reading doubled down port 1, once per update.
+class Sensor : public Device {
+public:
+    using Device::Device;
+    void Update(double) override {
+        reading += 1.0;
+        OutputData(0, {Number(reading)});
+        OutputData(1, {Value{}, Number(2 * reading)});
+    }
+    static Value Number(double number) {
+        Value value;
+        value.type = 1;
+        value.number = number;
+        return value;
+    }
+    double reading = 0.0;
+};
+
+Value Number(double number) {
+    return Sensor::Number(number);
+}
+
+Value Text(std::string text) {
+    Value value;
+    value.type = 2;
+    value.text = std::move(text);
+    return value;
+}
+
+ServerSideElectronics::Connection LinkTo(std::shared_ptr<ServerSideElectronics> const& target, std::string port) {
+    return {target, std::move(port)};
+}
+
+std::vector<double> Numbers(Values const& values) {
+    std::vector<double> numbers;
+    for (auto const& value : values)
+        numbers.push_back(value.type == 1 ? value.number : -1.0);
+    return numbers;
+}
+
+}
+
+// ---- Values --------------------------------------------------------------------------------------------------------
+
+TEST(ElectronicsDataInterface, NumbersThatAreNotFiniteBecomeZeroAtEveryCopy) {
+    Value value = Number(0.0);
+    value.number = std::numeric_limits<double>::quiet_NaN();
+    Value copied(value);
+    EXPECT_EQ(copied.number, 0.0);
+    Value assigned;
+    value.number = -std::numeric_limits<double>::infinity();
+    assigned = value;
+    EXPECT_EQ(assigned.number, 0.0);
+    // Only numbers: other types carry their payload as it is.
+    value.type = 7;
+    Value other(value);
+    EXPECT_TRUE(std::isinf(other.number));
+    value.number = 1.7976931348623157e308;
+    value.type = 1;
+    EXPECT_EQ(Value(value).number, 1.7976931348623157e308);
+}
+
+// ---- Ports ---------------------------------------------------------------------------------------------------------
+
+TEST(ServerSideElectronics, PortNamesFollowTheFirstDotWhereverDataStands) {
+    EXPECT_EQ(ServerSideElectronics::DataPort("dat"), std::nullopt);
+    EXPECT_EQ(ServerSideElectronics::DataPort("power.2"), std::nullopt);
+    EXPECT_EQ(ServerSideElectronics::DataPort("data"), 0u);
+    EXPECT_EQ(ServerSideElectronics::DataPort("data.0"), 0u);
+    EXPECT_EQ(ServerSideElectronics::DataPort("data.x"), 0u);
+    EXPECT_EQ(ServerSideElectronics::DataPort("data.12"), 12u);
+    EXPECT_EQ(ServerSideElectronics::DataPort("xdatay.7"), 7u);
+    EXPECT_EQ(ServerSideElectronics::DataPort(".3data"), 3u);
+    EXPECT_EQ(ServerSideElectronics::DataPort("data. -1"), 0xffffffffu);
+    EXPECT_EQ(ServerSideElectronics::DataPort("data.4294967301"), 5u);
+}
+
+TEST(ServerSideElectronics, ConnectReplacesAndDisconnectLeavesAnEmptyLink) {
+    auto device = std::make_shared<Device>("hub");
+    auto first = std::make_shared<Device>("first");
+    auto second = std::make_shared<Device>("second");
+    EXPECT_FALSE(device->Connect("dat", LinkTo(first, "data")));
+    EXPECT_TRUE(device->connections.empty());
+    EXPECT_TRUE(device->Connect("data", LinkTo(first, "data.1")));
+    EXPECT_TRUE(device->Connect("data.12", LinkTo(first, "data.2")));
+    EXPECT_TRUE(device->Connect("data.12", LinkTo(second, "data.3")));
+    EXPECT_EQ(device->connections.at(12).target.lock(), second);
+    EXPECT_EQ(device->connections.at(12).port, "data.3");
+
+    EXPECT_FALSE(device->Disconnect("nothing"));
+    EXPECT_TRUE(device->Disconnect("data.40"));
+    ASSERT_TRUE(device->connections.contains(40));
+    EXPECT_TRUE(device->connections.at(40).target.expired());
+    EXPECT_EQ(device->GetInfo("", 0, 0).find("Port 40"), std::string::npos);
+}
+
+// ---- Data ----------------------------------------------------------------------------------------------------------
+
+TEST(ServerSideElectronics, InputMergesTheSendersIndicesAndQueuesThePortsWholeState) {
+    Device device("screen");
+    device.InputData(3, {Value{}, Value{}, Value{}, Value{}, Value{}, Number(5)}, "");
+    ASSERT_EQ(device.inputQueues.at(3).size(), 1u);
+    EXPECT_EQ(Numbers(device.inputQueues.at(3).back()), (std::vector<double>{-1, -1, -1, -1, -1, 5}));
+    EXPECT_TRUE(device.inputsByAlias.empty()) << "a sender without an alias is not recorded by alias";
+
+    // Another sender fills index 0; a value of type 0 leaves index 5 standing.
+    device.InputData("data.3", {Number(1), Value{}, Value{}, Value{}, Value{}, Value{}}, "left");
+    EXPECT_EQ(Numbers(device.inputQueues.at(3).back()), (std::vector<double>{1, -1, -1, -1, -1, 5}));
+    EXPECT_EQ(device.inputsByAlias.at("left").size(), 1u);
+    EXPECT_EQ(device.inputsByPort.at(3).at(5).number, 5.0);
+
+    // Not numbers arrive as zero everywhere.
+    device.InputData(3, {Number(std::numeric_limits<double>::quiet_NaN()),
+                         Number(std::numeric_limits<double>::infinity()), Text("hi")}, "left");
+    EXPECT_EQ(Numbers(device.inputQueues.at(3).back()), (std::vector<double>{0, 0, -1, -1, -1, 5}));
+    EXPECT_EQ(device.inputQueues.at(3).back()[2].text, "hi");
+    EXPECT_EQ(device.inputsByAlias.at("left").at(1).number, 0.0);
+    EXPECT_EQ(device.inputsByPort.at(3).at(0).number, 0.0);
+
+    // A name that is no data port loses the data silently.
+    device.InputData("power", {Number(9)}, "left");
+    EXPECT_EQ(device.inputQueues.at(3).size(), 3u);
+}
+
+TEST(ServerSideElectronics, AnUndrainedPortKeepsTheNewestHundredSnapshots) {
+    Device device("logger");
+    for (int i = 0; i < 101; ++i)
+        device.InputData(0, {Number(i)}, "");
+    auto& queue = device.inputQueues.at(0);
+    ASSERT_EQ(queue.size(), ServerSideElectronics::kMaxQueuedSnapshots);
+    EXPECT_EQ(queue.front()[0].number, 1.0);
+    EXPECT_EQ(queue.back()[0].number, 100.0);
+}
+
+TEST(ServerSideElectronics, OutputReachesOnlyALiveLinkedDevice) {
+    auto sender = std::make_shared<Device>("sender");
+    sender->alias = "probe";
+    sender->OutputData(4, {Number(1)});
+    ASSERT_TRUE(sender->connections.contains(4)) << "an output on an unconnected port leaves an empty link";
+    EXPECT_TRUE(sender->connections.at(4).target.expired());
+
+    auto receiver = std::make_shared<Device>("receiver");
+    sender->Connect("data.4", LinkTo(receiver, "data.9"));
+    sender->OutputData(4, {Number(2)});
+    EXPECT_EQ(receiver->inputQueues.at(9).back()[0].number, 2.0);
+    EXPECT_EQ(receiver->inputsByAlias.at("probe").at(0).number, 2.0);
+
+    // A device whose alias changes shows under its new alias; the old key stays.
+    sender->alias = "renamed";
+    sender->OutputData(4, {Number(3)});
+    EXPECT_EQ(receiver->inputsByAlias.at("renamed").at(0).number, 3.0);
+    EXPECT_EQ(receiver->inputsByAlias.at("probe").at(0).number, 2.0);
+
+    std::weak_ptr<Device> gone = receiver;
+    receiver.reset();
+    EXPECT_TRUE(gone.expired());
+    sender->OutputData(4, {Number(4)});
+}
+
+TEST(ServerSideElectronics, AMachineCarriesASensorsReadingsInTheOrderItSendsThem) {
+    auto sensor = std::make_shared<Sensor>("sensor");
+    auto screen = std::make_shared<Device>("screen");
+    auto thruster = std::make_shared<Device>("thruster");
+    sensor->alias = "altimeter";
+    ASSERT_TRUE(sensor->Connect("data.0", LinkTo(screen, "data.0")));
+    ASSERT_TRUE(sensor->Connect("data.1", LinkTo(thruster, "data.2")));
+
+    for (int tick = 0; tick < 60; ++tick)
+        sensor->Update(1.0 / 60.0);
+
+    auto& shown = screen->inputQueues.at(0);
+    ASSERT_EQ(shown.size(), 60u);
+    for (double expected = 1; !shown.empty(); shown.pop(), ++expected)
+        EXPECT_EQ(Numbers(shown.front()), std::vector<double>{expected});
+    auto& thrust = thruster->inputQueues.at(2);
+    ASSERT_EQ(thrust.size(), 60u);
+    EXPECT_EQ(Numbers(thrust.back()), (std::vector<double>{-1, 120}));
+    EXPECT_EQ(thruster->inputsByAlias.at("altimeter").at(1).number, 120.0);
+}
+
+// ---- Players -------------------------------------------------------------------------------------------------------
+
+TEST(ServerSideElectronics, InfoListsTheAliasAndTheLiveLinksByteForByte) {
+    auto device = std::make_shared<Device>("Flight computer");
+    EXPECT_EQ(device->GetInfo("ada", 300, 200),
+              "Flight computer\n<ROLE_CODE>\n<TEXT> Device Alias: \n<SAMELINE> <ACTION_INPUT_TEXT> edit_alias \n"
+              "</ROLE_CODE>\n");
+
+    auto screen = std::make_shared<Device>("Screen");
+    auto gone = std::make_shared<Device>("Gone");
+    device->alias = "fc1";
+    device->Connect("data.2", LinkTo(screen, "data.5"));
+    device->Connect("data.3", LinkTo(gone, "data.1"));
+    gone.reset();
+    EXPECT_EQ(device->GetInfo("", 0, 0),
+              "Flight computer\n<ROLE_CODE>\n<TEXT> Device Alias: \n<SAMELINE> <ACTION_INPUT_TEXT> edit_alias fc1\n"
+              "</ROLE_CODE>\nIO Connections: \n\tPort 2 connected to Screen on port 5\n-----------------------\n");
+
+    // With no entity behind it, the default label is empty and its line a lone line break.
+    class Unlabelled : public Device {
+    public:
+        Unlabelled() : Device("") {}
+        std::string GetLabel() const override { return ServerSideElectronics::GetLabel(); }
+    };
+    EXPECT_EQ(Unlabelled().GetInfo("", 0, 0).substr(0, 13), "\n<ROLE_CODE>\n");
+}
+
+TEST(ServerSideElectronics, OnlyUsersWithTheCodeRightEditTheAlias) {
+    auto const command = [](std::string const& word, std::string const& text) {
+        quorl::filesystem::WriteOnlyStream stream;
+        stream.Write(word);
+        stream.Write(text);
+        return quorl::filesystem::ReadOnlyStream(stream.Bytes());
+    };
+    Device device("radio");
+    device.owner = "ada";
+    device.rights["code"]["carol"] = true;
+
+    auto refused = command("edit_alias", "bob's");
+    device.Action(refused, 0, "bob");
+    EXPECT_EQ(device.alias, "");
+    auto other = command("rename", "x");
+    device.Action(other, 0, "ada");
+    EXPECT_EQ(device.alias, "");
+    auto granted = command("edit_alias", "tower");
+    device.Action(granted, 0, "carol");
+    EXPECT_EQ(device.alias, "tower");
+    auto owner = command("edit_alias", "base");
+    device.Action(owner, 0, "ada");
+    EXPECT_EQ(device.alias, "base");
+}
+
+TEST(ServerSideElectronics, OtherChannelsAnswerNothing) {
+    Device device("plain");
+    EXPECT_EQ(device.GetScreen(0), nullptr);
+    EXPECT_EQ(device.ApplyVoltage("power", 12.0, 1.0), 0.0);
+    EXPECT_EQ(device.PushFluid("tank", "H2O", 1.0), 0.0);
+    EXPECT_TRUE(device.PullFluid("tank", 1.0).empty());
+}
