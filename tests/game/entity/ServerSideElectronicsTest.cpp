@@ -246,28 +246,24 @@ TEST(ServerSideElectronics, InfoListsTheAliasAndTheLiveLinksByteForByte) {
 }
 
 TEST(ServerSideElectronics, OnlyUsersWithTheCodeRightEditTheAlias) {
-    auto const command = [](std::string const& word, std::string const& text) {
-        quorl::filesystem::WriteOnlyStream stream;
-        stream.Write(word);
-        stream.Write(text);
-        return quorl::filesystem::ReadOnlyStream(stream.Bytes());
-    };
     Device device("radio");
     device.owner = "ada";
     device.rights["code"]["carol"] = true;
-
-    auto refused = command("edit_alias", "bob's");
-    device.Action(refused, 0, "bob");
-    EXPECT_EQ(device.alias, "");
-    auto other = command("rename", "x");
-    device.Action(other, 0, "ada");
-    EXPECT_EQ(device.alias, "");
-    auto granted = command("edit_alias", "tower");
-    device.Action(granted, 0, "carol");
-    EXPECT_EQ(device.alias, "tower");
-    auto owner = command("edit_alias", "base");
-    device.Action(owner, 0, "ada");
-    EXPECT_EQ(device.alias, "base");
+    struct Step {
+        char const* word;
+        char const* text;
+        char const* user;
+        char const* alias_after;
+    };
+    for (Step const& step : {Step{"edit_alias", "bob's", "bob", ""}, Step{"rename", "x", "ada", ""},
+                             Step{"edit_alias", "tower", "carol", "tower"}, Step{"edit_alias", "base", "ada", "base"}}) {
+        quorl::filesystem::WriteOnlyStream written;
+        written.Write(step.word);
+        written.Write(step.text);
+        quorl::filesystem::ReadOnlyStream command(written.Bytes());
+        device.Action(command, 0, step.user);
+        EXPECT_EQ(device.alias, step.alias_after) << step.word << " from " << step.user;
+    }
 }
 
 TEST(ServerSideElectronics, OtherChannelsAnswerNothing) {
