@@ -7,6 +7,7 @@
 
 #include "game/Game.h"
 
+#include "game/entity/ClientSideEntity.h"
 #include "game/entity/ServerSideEntityInterface.h"
 #include "modules/GAME_Mod.h"
 #include "modules/MERIDON_Mod.h"
@@ -93,6 +94,11 @@ void Game::Stop() {
     MERIDON_Mod::CallHooks(&MERIDON_Mod::Unload);
     MERIDON_Mod::UnloadModules();
     GAME_Mod::CallHooks(&GAME_Mod::Game_Stop);
+    {
+        std::unique_lock lock(game::entity::ClientSideEntity::_sharedObjectsMutex);
+        game::entity::ClientSideEntity::_sharedObjects.clear();
+    }
+    game::entity::ClientSideEntity::_registered_interfaces.clear();
 }
 
 void Game::Quit() noexcept {
@@ -108,6 +114,21 @@ void Game::Play() {
 
 // ---- Loop bodies ---------------------------------------------------------------------------------------------------
 
+namespace {
+
+using game::entity::ClientSideEntity;
+
+/// Calls `function` for every living client entity, holding the shared side of the registry for the whole walk.
+template <class Function>
+void ForEachClientEntity(Function&& function) {
+    std::shared_lock lock(ClientSideEntity::_sharedObjectsMutex);
+    for (auto const& [id, stored] : ClientSideEntity::_sharedObjects)
+        if (auto entity = stored)
+            function(*entity);
+}
+
+}
+
 void Game::Update(double) {
     // Smoothed over passes; the first pass sees half the frame time, as the average starts at zero.
     static double avgDeltaTime = 0.0;
@@ -120,7 +141,10 @@ void Game::Update(double) {
         _syncQueue.clear();
     }
 
+    ForEachClientEntity([](ClientSideEntity& entity) { entity.Update(avgDeltaTime); });
+    ClientSideEntity::PhysicsUpdate(avgDeltaTime);
     GAME_Mod::CallSortedHooks("update", &GAME_Mod::Game_Update, avgDeltaTime);
+    ForEachClientEntity([](ClientSideEntity& entity) { entity.AfterUpdate(avgDeltaTime); });
 }
 
 void Game::ClientUpdate() {

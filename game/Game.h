@@ -130,7 +130,8 @@ public:
     static void Start();
     /// Once, when the world is about to run.
     static void Ready();
-    /// Once, after the loops have ended: unloads content modules and calls Game_Stop hooks.
+    /// Once, after the loops have ended: unloads content modules, calls Game_Stop hooks, then drops the client's
+    /// entities and entity types.
     static void Stop();
     /// Asks every loop to end; callable from any thread or module.
     static void Quit() noexcept;

@@ -1,3 +1,4 @@
+#include "game/entity/ClientSideEntity.h"
 #include "tests/support/GameFixture.h"
 
 #include <thread>
@@ -81,6 +82,37 @@ TEST_F(GameTest, InputPassesFollowTheirHooks) {
     EXPECT_EQ(journal::Entries(), (Entries{"TEST_alpha.GAME_Mod:ModuleLoad", "TEST_alpha.GAME_Mod:Input_Update",
                                            "TEST_alpha.GAME_Mod:Input_Update_Play",
                                            "TEST_alpha.GAME_Mod:Input_Update_Station"}));
+}
+
+namespace {
+
+/// Journals its frame calls, so that they show among the modules' hooks.
+class JournalingEntity : public game::entity::ClientSideEntity::Interface {
+public:
+    void Update(double) override { journal::Record("entity:Update"); }
+    void AfterUpdate(double) override { journal::Record("entity:AfterUpdate"); }
+};
+
+}
+
+TEST_F(GameTest, ClientEntitiesUpdateBeforeTheModulesAndAfterThemUntilStopDropsThem) {
+    using game::entity::ClientSideEntity;
+    GAME_Mod::LoadModule("TEST_alpha", true);
+    SortAllLists();
+    quorl::modular::ModuleID const module("TEST_local");
+    ClientSideEntity::_registered_interfaces[module.String()]["journaling"] = {
+        module, "journaling", nullptr, [] { return std::make_shared<JournalingEntity>(); }};
+    auto idle = ClientSideEntity::Create(game::entity::Id::Generate("ENTT"), module, "journaling");
+    auto started = ClientSideEntity::Create(game::entity::Id::Generate("ENTT"), module, "journaling");
+    started->interface->started = true;
+
+    Game::Update(0.0);
+    EXPECT_EQ(journal::Entries(), (Entries{"TEST_alpha.GAME_Mod:ModuleLoad", "entity:Update",
+                                           "TEST_alpha.GAME_Mod:Game_Update", "entity:AfterUpdate"}));
+
+    Game::Stop();
+    EXPECT_TRUE(ClientSideEntity::_sharedObjects.empty());
+    EXPECT_TRUE(ClientSideEntity::_registered_interfaces.empty());
 }
 
 TEST_F(GameTest, QuitEndsTheLoops) {

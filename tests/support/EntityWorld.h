@@ -1,6 +1,7 @@
 #pragma once
 
 #include "game/Game.h"
+#include "game/entity/ClientSideEntity.h"
 #include "game/entity/ServerSideEntityInterface.h"
 #include "modules/MERIDON_Mod.h"
 
@@ -27,6 +28,10 @@ public:
             game::entity::ServerSideEntity::_sharedObjects.clear();
         }
         game::entity::ServerSideEntity::_module_entities.clear();
+        {
+            std::unique_lock lock(game::entity::ClientSideEntity::_sharedObjectsMutex);
+            game::entity::ClientSideEntity::_sharedObjects.clear();
+        }
         if (module && module->Unload)
             module->Unload();
         module.reset();

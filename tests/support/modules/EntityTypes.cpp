@@ -1,12 +1,14 @@
 // TEST_entities: a content module that registers entity types whose interfaces keep state of their own, for the
 // entity and save tests. Types: "counter" (no config; counts its updates), and "crate" and "door" with the bundled
-// configs.
+// configs. The same types are registered on the client side, with an interface that does nothing.
 
 #include "modules/ModuleApi.h"
 
+#include "game/entity/ClientSideEntity.h"
 #include "game/entity/EntityConfig.h"
 #include "game/entity/ServerSideEntityInterface.h"
 
+using game::entity::ClientSideEntity;
 using game::entity::EntityConfig;
 using game::entity::ServerSideEntity;
 
@@ -36,10 +38,12 @@ public:
     std::string note;
 };
 
+/// The type on both sides, sharing one config as a game that hosts its own server does.
 void Register(std::string const& type, std::shared_ptr<EntityConfig> config) {
     ServerSideEntity::_registered_interfaces[kModule][type] = ServerSideEntity::EntityTypeDef{
-        quorl::modular::ModuleID(kModule), type, std::move(config),
-        [] { return std::make_shared<CounterInterface>(); }};
+        quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<CounterInterface>(); }};
+    ClientSideEntity::_registered_interfaces[kModule][type] = ClientSideEntity::EntityTypeDef{
+        quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<ClientSideEntity::Interface>(); }};
 }
 
 }
@@ -55,4 +59,5 @@ extern "C" void Load() {
 extern "C" void Unload() {
     ServerSideEntity::_registered_interfaces.erase(kModule);
     ServerSideEntity::_registered_items.erase(kModule);
+    ClientSideEntity::_registered_interfaces.erase(kModule);
 }

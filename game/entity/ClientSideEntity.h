@@ -1,0 +1,143 @@
+#pragma once
+
+#include "engine/SharedMutex.h"
+#include "game/entity/BaseEntity.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+namespace game::graphics {
+class Mesh;
+class RenderableInstance;
+}
+
+namespace game::entity {
+
+/// The glow of a body in fast flight through a medium, as the client's physics step judges it each frame. The
+/// trail's renderable reads these figures when it draws.
+struct MERIDON_EXPORT PlasmaTrailFigures {
+    /// Speed squared times density over 1e8.
+    double heat = 0.0;
+    /// Speed times density to the power 0.15, over 1000.
+    double glow = 0.0;
+    /// Whether there is anything to see: heat above 0.001 or glow above 0.01.
+    bool active = false;
+    /// 1.1 times the entity's bounds radius.
+    double length_scale = 0.0;
+    /// max(heat, glow / 5000) times 100, within 0..500.
+    double size_factor = 0.0;
+    /// Glow times 500, within 0..2500.
+    double intensity = 0.0;
+
+    /// The figures of a body moving at `speed` through a medium of `density`.
+    static PlasmaTrailFigures For(double speed, double density, double bounds_radius);
+};
+
+/// The client's shadow of a server entity: it moves smoothly towards the states the server sends (the target
+/// fields, filled by network or module code), poses its nodes with the type's joint solver and places what draws it.
+/// Entities live in `_sharedObjects`, which owns them; walks hold the shared side of `_sharedObjectsMutex`.
+class MERIDON_EXPORT ClientSideEntity : public BaseEntity {
+public:
+    class Interface;
+
+    /// One entity type of a module on the client: its config and the factory of its behaviour.
+    struct EntityTypeDef {
+        quorl::modular::ModuleID module;
+        std::string name;
+        std::shared_ptr<EntityConfig> config;
+        std::function<std::shared_ptr<Interface>()> factory;
+    };
+
+    /// A shadow of a registered type. Throws std::out_of_range for an unknown module or type, and
+    /// std::bad_function_call when the type has no factory.
+    ClientSideEntity(Id id, quorl::modular::ModuleID const& module, std::string const& type);
+    ~ClientSideEntity() override;
+    ClientSideEntity(ClientSideEntity const&) = delete;
+    ClientSideEntity& operator=(ClientSideEntity const&) = delete;
+
+    void InitNodes() override;
+    /// The interface's Update once started, the move towards the target, then the joint solver when asked for.
+    void Update(double dt) override;
+    virtual void AfterUpdate(double dt);
+    virtual void Ui();
+    /// Shows or hides everything that draws the entity.
+    virtual void SetVisibility(bool visible);
+
+    /// Constructs an entity and enters it into `_sharedObjects`. Throws std::runtime_error
+    /// "UNIQUE_OBJECT ClientSideEntity with id <id> already exists" for a taken id; the first entity stays.
+    static std::shared_ptr<ClientSideEntity> Create(Id id, quorl::modular::ModuleID const& module,
+                                                    std::string const& type);
+    /// The living entity of this id, null when there is none.
+    static std::shared_ptr<ClientSideEntity> Get(Id const& id);
+    /// The shared config of a registered type, read on first use; null when the module or the type is unknown.
+    static std::shared_ptr<EntityConfig> GetEntityConfig(char const* module, std::string const& type);
+    /// The module that registered `name` as a client entity type; the null id when none did.
+    static quorl::modular::ModuleID FindModuleID(std::string const& name);
+
+    /// The client's physics step, once per frame on the game thread: the plasma-trail judgement of every entity,
+    /// and what draws it follows its nodes.
+    static void PhysicsUpdate(double dt);
+
+    /// Entity space to the frame of the environment: this entity's transform, then each parent's, up the chain.
+    /// A parent that cannot be found ends the chain.
+    glm::dmat4 GetAbsoluteTransformInEnvironment() const;
+    /// The same, kept between calls; `changed` tells whether it differs from what the previous call returned.
+    glm::dmat4 const& GetAbsoluteTransformInEnvironmentCached(bool& changed);
+
+    /// Makes the renderables of the type's mesh; nothing for a null mesh.
+    void InitMeshRenderables(std::shared_ptr<const game::graphics::Mesh> mesh);
+
+    Id id;
+    glm::dvec3 target_position{0.0};
+    glm::dquat target_orientation{1.0, 0.0, 0.0, 0.0};
+    /// Share of the remaining way covered per second; 0 holds the entity where it is.
+    float interpolation_rate = 10.0f;
+    /// Clear: a dynamic entity jumps to its target instead of gliding.
+    bool interpolate = true;
+    /// Set by whoever fills the target fields.
+    bool has_target = false;
+    std::shared_ptr<Interface> interface;
+    /// What draws the entity, by node name; the plasma trail is "_plasma_trail".
+    std::unordered_map<std::string, std::shared_ptr<game::graphics::RenderableInstance>> renderables;
+    /// The last judgement of the plasma trail, for its renderable.
+    PlasmaTrailFigures plasma_trail;
+    /// The flag last given to SetVisibility, for renderables made afterwards.
+    bool visible = true;
+
+    /// Module string, then type name.
+    static std::unordered_map<std::string, std::unordered_map<std::string, EntityTypeDef>> _registered_interfaces;
+    static std::unordered_map<Id, std::shared_ptr<ClientSideEntity>> _sharedObjects;
+    static quorl::SharedMutex _sharedObjectsMutex;
+
+private:
+    /// Plasma trail and renderables of one entity, under the registry's shared lock.
+    void PhysicsStep();
+
+    glm::dmat4 _cachedTransformInEnvironment{1.0};
+};
+
+/// The behaviour of a client entity, supplied by the module of its type. The entity owns it; update calls start
+/// once `started` is set. An interface that keeps the empty Update or AfterUpdate is not called again.
+class MERIDON_EXPORT ClientSideEntity::Interface {
+public:
+    virtual ~Interface() = default;
+
+    virtual void Update(double dt);
+    virtual void AfterUpdate(double dt);
+    virtual void Ui() {}
+
+    void CallUpdate(double dt) { if (!(_emptySlots & kUpdate)) Update(dt); }
+    void CallAfterUpdate(double dt) { if (!(_emptySlots & kAfterUpdate)) AfterUpdate(dt); }
+
+    std::weak_ptr<ClientSideEntity> entity;
+    /// Set by the module once the interface is ready for updates.
+    bool started = false;
+
+private:
+    enum : uint8_t { kUpdate = 1, kAfterUpdate = 2 };
+    uint8_t _emptySlots = 0;
+};
+
+}
