@@ -1,0 +1,127 @@
+#include "engine/graphics/FontRenderer.h"
+
+#include "tests/support/TempDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+
+using quorl::graphics::FontRenderer;
+using testing::HasSubstr;
+
+namespace {
+
+constexpr char kTextures[] = "game/graphics/ui/textures";
+
+bool HasInk(FontRenderer::Glyph const& glyph) {
+    return std::any_of(glyph.bitmap.begin(), glyph.bitmap.end(), [](unsigned char pixel) { return pixel != 0; });
+}
+
+/// Runs the test from another directory, as a game started elsewhere would, and comes back at the end.
+class InDirectory {
+public:
+    explicit InDirectory(std::filesystem::path const& path) : _previous(std::filesystem::current_path()) {
+        std::filesystem::current_path(path);
+    }
+    ~InDirectory() { std::filesystem::current_path(_previous); }
+
+private:
+    std::filesystem::path _previous;
+};
+
+std::string ErrorOfLoading() {
+    try {
+        FontRenderer font;
+    } catch (std::runtime_error const& error) {
+        return error.what();
+    }
+    return "no exception";
+}
+
+}
+
+TEST(FontRendererTest, GivesOneGlyphPerCharacterWithInkAboveAndBelowTheBaseline) {
+    FontRenderer const font;
+    auto const glyphs = font["Ag \xC3\xA9?"];
+    ASSERT_EQ(glyphs.size(), 5u);
+    auto const& a = *glyphs[0];
+    auto const& g = *glyphs[1];
+    auto const& space = *glyphs[2];
+
+    EXPECT_TRUE(HasInk(a));
+    EXPECT_EQ(a.bitmap.size(), static_cast<size_t>(a.width * a.height));
+    EXPECT_EQ(a.height, a.verticalBearing) << "a capital sits on the baseline";
+    EXPECT_GT(a.verticalBearing, 8);
+    EXPECT_LE(a.horizontalBearing + a.width, 9);
+    EXPECT_GT(g.height, g.verticalBearing) << "g descends below the baseline";
+    EXPECT_LT(g.verticalBearing, a.verticalBearing);
+    EXPECT_TRUE(space.bitmap.empty());
+    EXPECT_EQ(glyphs[3], glyphs[4]) << "a character outside the atlas is drawn as '?'";
+}
+
+TEST(FontRendererTest, EveryPrintableCharacterButSpaceHasInkAndOthersAreQuestionMarks) {
+    FontRenderer const font;
+    for (char code = '!'; code <= '~'; ++code)
+        EXPECT_TRUE(HasInk(*font[std::string_view(&code, 1)].front())) << code;
+    auto const question = font["?"].front();
+    // Control characters, a stray continuation byte (skipped), a cut sequence, DEL and a four-byte character.
+    auto const glyphs = font[std::string_view("\t\n\x80\xE2\x82" "a\x7F\xF0\x9F\x98\x80", 11)];
+    ASSERT_EQ(glyphs.size(), 6u);
+    EXPECT_EQ(glyphs[4], question);
+    EXPECT_EQ(glyphs[3], font["a"].front());
+    EXPECT_EQ(std::count(glyphs.begin(), glyphs.end(), question), 5);
+    EXPECT_TRUE(font[""].empty());
+}
+
+TEST(FontRendererTest, AMissingOrBrokenFileIsNamedInTheError) {
+    TempDirectory directory;
+    auto const textures = directory.Path() / kTextures;
+    std::filesystem::create_directories(textures);
+    InDirectory inside(directory.Path());
+
+    EXPECT_THAT(ErrorOfLoading(), HasSubstr("game/graphics/ui/textures/monospace_font_atlas.json\": no such file"));
+
+    WriteFile((textures / "monospace_font_atlas.json").string(), "{\"version\": 1,");
+    EXPECT_THAT(ErrorOfLoading(), HasSubstr("monospace_font_atlas.json\": [json.exception.parse_error"));
+
+    WriteFile((textures / "monospace_font_atlas.json").string(), "{\"version\": 2}");
+    EXPECT_THAT(ErrorOfLoading(), HasSubstr("monospace_font_atlas.png\": no such file"));
+
+    WriteFile((textures / "monospace_font_atlas.png").string(), "not a png");
+    EXPECT_THAT(ErrorOfLoading(), HasSubstr("monospace_font_atlas.png\": not a readable image"));
+}
+
+TEST(FontRendererTest, MetricsThatDoNotMatchTheAtlasAreRefused) {
+    auto const source = std::filesystem::current_path() / kTextures;
+    TempDirectory directory;
+    auto const textures = directory.Path() / kTextures;
+    std::filesystem::create_directories(textures);
+    std::filesystem::copy_file(source / "monospace_font_atlas.png", textures / "monospace_font_atlas.png");
+    auto const metrics = ReadFile((source / "monospace_font_atlas.json").string());
+    auto const json = (textures / "monospace_font_atlas.json").string();
+    InDirectory inside(directory.Path());
+
+    auto replaced = [&](std::string const& from, std::string const& to) {
+        auto changed = metrics;
+        changed.replace(changed.find(from), from.size(), to);
+        return changed;
+    };
+    struct Case {
+        std::string metrics;
+        std::string error;
+    };
+    Case const cases[] = {
+        {metrics, "no exception"},
+        {replaced("\"version\": 1", "\"version\": 2"), "json\": version 2 is not 1"},
+        {replaced("\"cell_width\": 9", "\"cell_width\": 10"), "png\": its size 144x128 is not that of the cells"},
+        {replaced("\"code\": 65", "\"code\": 200"), "json\": no glyph for code 65"},
+        {replaced("\"width\": 0", "\"width\": 10"), "json\": the box of glyph 32 lies outside its cell"},
+        {replaced("\"columns\": 16", "\"columns\": \"16\""), "json\": [json.exception.type_error"},
+    };
+    for (auto const& [content, error] : cases) {
+        WriteFile(json, content);
+        EXPECT_THAT(ErrorOfLoading(), HasSubstr(error)) << error;
+    }
+}
