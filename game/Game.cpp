@@ -7,6 +7,7 @@
 
 #include "game/Game.h"
 
+#include "game/Options.h"
 #include "game/entity/ClientSideEntity.h"
 #include "game/entity/ServerSideEntityInterface.h"
 #include "modules/GAME_Mod.h"
@@ -104,6 +105,8 @@ void Game::Stop() {
 void Game::Quit() noexcept {
     SetMouseLook(false);
     isActive = false;
+    std::lock_guard optionsLock(game::Options::_mu);
+    game::Options::_options.clear();
 }
 
 void Game::Pause() {}

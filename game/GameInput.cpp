@@ -3,6 +3,7 @@
 #include "game/Game.h"
 
 #include "engine/graphics/Window.h"
+#include "game/input/Controller.h"
 #include "game/input/Joystick.h"
 #include "modules/GAME_Mod.h"
 
@@ -40,6 +41,7 @@ bool MatchesGuid(game::input::Joystick const& device, std::string const& guid) {
 // ---- Input loop ----------------------------------------------------------------------------------------------------
 
 void Game::InputUpdate(double dt) {
+    game::input::Controller::InputUpdate(dt);
     GAME_Mod::CallHooks(&GAME_Mod::Input_Update, dt);
 }
 

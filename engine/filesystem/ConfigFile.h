@@ -37,12 +37,12 @@ public:
     struct QUORL_EXPORT InputBinding {
         int32_t key = -1;
         int32_t mouse_button = -1;
-        std::string gamepad_id;
+        std::string gamepad_id{};
         int32_t gamepad_index = 0;
         int32_t gamepad_button = -1;
         int16_t gamepad_axis = -1;
         int16_t gamepad_axis_sign = 1;
-        std::string joystick_id;
+        std::string joystick_id{};
         int32_t joystick_index = 0;
         int32_t joystick_button = -1;
         int16_t joystick_axis = -1;
@@ -50,12 +50,14 @@ public:
 
         bool operator==(InputBinding const&) const = default;
 
-        /// Space-separated `name=value` pairs for the parts that differ from an unset binding, e.g.
-        /// "key=87 gamepad_axis=1 gamepad_axis_sign=-1"; "" when all are unset. Throws std::invalid_argument
-        /// when an id contains whitespace, which the text form cannot hold.
+        /// Space-separated `name=value` pairs for the parts that differ from an unset binding, codes by their
+        /// quorl::input name where they have one, e.g. "key=KEY_W gamepad_axis=GAMEPAD_AXIS_LEFT_Y
+        /// gamepad_axis_sign=-1"; "" when all are unset. Throws std::invalid_argument when an id contains
+        /// whitespace, which the text form cannot hold.
         std::string ToText() const;
-        /// Inverse of ToText; parts not named stay unset. Throws std::invalid_argument naming an unknown part or a
-        /// value that is not a number in the part's range.
+        /// Inverse of ToText, also taking codes by number; parts not named stay unset. Throws
+        /// std::invalid_argument naming an unknown part, or a value that is neither a name of the part's kind nor a
+        /// number in the part's range.
         static InputBinding FromText(std::string const& text);
     };
 

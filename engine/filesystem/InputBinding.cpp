@@ -1,5 +1,7 @@
 #include "engine/filesystem/ConfigFile.h"
 
+#include "engine/input/KeyNames.h"
+
 #include <algorithm>
 #include <charconv>
 #include <limits>
@@ -19,34 +21,54 @@ using Member = std::variant<int32_t InputBinding::*, int16_t InputBinding::*, st
 struct Part {
     std::string_view name;
     Member member;
+    /// The kind of quorl::input names its codes have, nullptr for a plain number.
+    char const* codeKind;
 };
 
 // Text order of the parts; ToText writes them in this order.
 constexpr Part Parts[] = {
-    {"key", &InputBinding::key},
-    {"mouse_button", &InputBinding::mouse_button},
-    {"gamepad_id", &InputBinding::gamepad_id},
-    {"gamepad_index", &InputBinding::gamepad_index},
-    {"gamepad_button", &InputBinding::gamepad_button},
-    {"gamepad_axis", &InputBinding::gamepad_axis},
-    {"gamepad_axis_sign", &InputBinding::gamepad_axis_sign},
-    {"joystick_id", &InputBinding::joystick_id},
-    {"joystick_index", &InputBinding::joystick_index},
-    {"joystick_button", &InputBinding::joystick_button},
-    {"joystick_axis", &InputBinding::joystick_axis},
-    {"joystick_axis_sign", &InputBinding::joystick_axis_sign},
+    {"key", &InputBinding::key, "KEY"},
+    {"mouse_button", &InputBinding::mouse_button, "MOUSE_BUTTON"},
+    {"gamepad_id", &InputBinding::gamepad_id, nullptr},
+    {"gamepad_index", &InputBinding::gamepad_index, nullptr},
+    {"gamepad_button", &InputBinding::gamepad_button, "GAMEPAD_BUTTON"},
+    {"gamepad_axis", &InputBinding::gamepad_axis, "GAMEPAD_AXIS"},
+    {"gamepad_axis_sign", &InputBinding::gamepad_axis_sign, nullptr},
+    {"joystick_id", &InputBinding::joystick_id, nullptr},
+    {"joystick_index", &InputBinding::joystick_index, nullptr},
+    {"joystick_button", &InputBinding::joystick_button, "JOYSTICK_BUTTON"},
+    {"joystick_axis", &InputBinding::joystick_axis, "JOYSTICK_AXIS"},
+    {"joystick_axis_sign", &InputBinding::joystick_axis_sign, nullptr},
 };
 
+/// A code by its name, or by number for codes that have none (and for files written before names).
 template <class Integer>
-Integer ParseInteger(std::string_view part, std::string const& text) {
+Integer ParseCode(Part const& part, std::string const& text) {
+    if (part.codeKind != nullptr) {
+        if (auto code = input::code_from_string(part.codeKind, text)) {
+            return static_cast<Integer>(*code);
+        }
+    }
     Integer value{};
     auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) {
-        throw std::invalid_argument("input binding part \"" + std::string(part) + "\" needs a whole number from " +
-                                    std::to_string(std::numeric_limits<Integer>::min()) + " to " +
-                                    std::to_string(std::numeric_limits<Integer>::max()) + ", got \"" + text + "\"");
+        std::string expected = part.codeKind == nullptr ? "" : std::string("a ") + part.codeKind + "_ name or ";
+        throw std::invalid_argument("input binding part \"" + std::string(part.name) + "\" needs " + expected +
+                                    "a whole number from " + std::to_string(std::numeric_limits<Integer>::min()) +
+                                    " to " + std::to_string(std::numeric_limits<Integer>::max()) + ", got \"" +
+                                    text + "\"");
     }
     return value;
+}
+
+/// The code's name where it has one, else its number.
+std::string FormatCode(Part const& part, int code) {
+    if (part.codeKind != nullptr) {
+        if (auto const* name = input::code_to_string(part.codeKind, code); std::string_view(name) != "NONE") {
+            return name;
+        }
+    }
+    return std::to_string(code);
 }
 
 }
@@ -68,7 +90,7 @@ std::string InputBinding::ToText() const {
                                                     "\" contains whitespace");
                     }
                 } else {
-                    value = std::to_string(this->*member);
+                    value = FormatCode(part, this->*member);
                 }
                 text += (text.empty() ? "" : " ") + std::string(part.name) + "=" + value;
             },
@@ -99,7 +121,7 @@ InputBinding InputBinding::FromText(std::string const& text) {
                 if constexpr (std::is_same_v<Value, std::string>) {
                     binding.*member = value;
                 } else {
-                    binding.*member = ParseInteger<Value>(part->name, value);
+                    binding.*member = ParseCode<Value>(*part, value);
                 }
             },
             part->member);

@@ -22,6 +22,11 @@ public:
 
     virtual ~Window() = default;
 
+    /// Size of the window's content area in screen coordinates, kept by the backend. Mouse look measures cursor
+    /// movement against `width`, so it is never 0.
+    int width = 1280;
+    int height = 720;
+
     virtual int GetKey(int key) = 0;
     virtual int GetMouseButton(int button) = 0;
     virtual void GetCursorPos(double& x, double& y) = 0;

@@ -293,7 +293,7 @@ TEST_F(ConfigFileTest, WriteAppendsKeysToTheirSectionAndNewSectionsAtTheEnd) {
                               "x = 1\n"
                               "\n"
                               "[controls]\n"
-                              "jump = key=32\n");
+                              "jump = key=KEY_SPACE\n");
 }
 
 TEST_F(ConfigFileTest, WriteCreatesAMissingFileThatReadsBackTheSame) {
@@ -312,7 +312,7 @@ TEST_F(ConfigFileTest, WriteCreatesAMissingFileThatReadsBackTheSame) {
                               "fov = 0.1\n"
                               "\n"
                               "[controls]\n"
-                              "jump = gamepad_axis=1 gamepad_axis_sign=-1\n");
+                              "jump = gamepad_axis=GAMEPAD_AXIS_LEFT_Y gamepad_axis_sign=-1\n");
     Settings reread(path);
     reread.ReadConfig();
     EXPECT_EQ(reread.name, settings.name);
