@@ -5,7 +5,10 @@
 #include "ModuleSetup.h"
 #include "StatusLine.h"
 
+#include "engine/graphics/WindowGlfw.h"
+#include "engine/graphics/WindowHeadless.h"
 #include "game/Game.h"
+#include "game/GameSettings.h"
 #include "game/entity/ServerSideEntity.h"
 #include "modules/GAME_Init.h"
 #include "modules/SERVER_Mod.h"
@@ -16,7 +19,9 @@
 #include <csignal>
 #include <ctime>
 #include <filesystem>
+#include <cstdlib>
 #include <iostream>
+#include <memory>
 
 namespace {
 
@@ -34,6 +39,10 @@ sigset_t BlockQuitSignals() {
 void CreateWorldFolders(std::string const& world) {
     std::filesystem::create_directories("../Meridon-data/server/worlds/" + world + "/entities");
 }
+
+/// The player's settings, beside the worlds in the data folder; a first run writes them with every default.
+constexpr char kSettingsFolder[] = "../Meridon-data/client";
+constexpr char kSettingsFile[] = "../Meridon-data/client/settings.ini";
 
 std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config) {
     std::vector<std::unique_ptr<LoopThread>> loops;
@@ -76,19 +85,41 @@ std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config
     return loops;
 }
 
-/// Waits for the loops to end: a quit signal, --seconds running out, or a loop quitting the game. Redraws the
-/// status line once a second.
+/// A client's window: on the display when there is one, else a window without a screen, whose input stays idle.
+/// A dedicated server has none.
+std::unique_ptr<quorl::graphics::Window> OpenWindow(LauncherConfig const& config) {
+    if (config.server)
+        return nullptr;
+    if (std::getenv("DISPLAY") || std::getenv("WAYLAND_DISPLAY")) {
+        try {
+            return std::make_unique<quorl::graphics::WindowGlfw>("Meridon", 1280, 720);
+        } catch (std::exception const& error) {
+            std::cerr << "meridon: running without a window: " << error.what() << std::endl;
+        }
+    }
+    return std::make_unique<quorl::graphics::WindowHeadless>();
+}
+
+/// Waits for the loops to end: a quit signal, --seconds running out, closing the window, or a loop quitting the
+/// game. Handles the window's events, which GLFW takes on this thread only, and redraws the status line once a
+/// second.
 void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
-               std::vector<std::unique_ptr<LoopThread>> const& loops) {
+               std::vector<std::unique_ptr<LoopThread>> const& loops, quorl::graphics::WindowGlfw* window) {
     bool terminal = isatty(STDOUT_FILENO);
     bool showStatus = config.verbose || terminal;
     auto start = std::chrono::steady_clock::now();
     auto nextStatus = start + std::chrono::seconds(1);
     while (Game::isActive) {
-        timespec wait{0, 50'000'000};
+        // A window's events wait no longer than a few milliseconds; without one the signals are all there is.
+        timespec wait{0, window ? 4'000'000 : 50'000'000};
         if (sigtimedwait(&quitSignals, nullptr, &wait) > 0) {
             Game::Quit();
             break;
+        }
+        if (window) {
+            window->PollEvents();
+            if (window->ShouldClose())
+                Game::Quit();
         }
         auto now = std::chrono::steady_clock::now();
         if (config.seconds > 0 && now - start >= std::chrono::duration<double>(config.seconds))
@@ -134,6 +165,14 @@ int main(int argc, char** argv) {
     SortGameModules();
     GAME_Init::CallHooks(&GAME_Init::SplashBegin);
 
+    auto window = OpenWindow(config);
+    Game::window = window.get();
+    if (!config.server) {
+        std::error_code ignored;  // a folder that cannot be made shows as the settings file's own error
+        std::filesystem::create_directories(kSettingsFolder, ignored);
+        Game::settings = game::GameSettings::Instance(kSettingsFile, std::nullopt);
+    }
+
     bool failed = false;
     Game::isActive = true;
     try {
@@ -145,7 +184,7 @@ int main(int argc, char** argv) {
         GAME_Init::CallHooks(&GAME_Init::SplashEnd);
 
         auto loops = StartLoops(config);
-        Supervise(config, quitSignals, loops);
+        Supervise(config, quitSignals, loops, dynamic_cast<quorl::graphics::WindowGlfw*>(window.get()));
         for (auto& loop : loops) {
             loop->Join();
             failed |= loop->Failed();
@@ -158,5 +197,7 @@ int main(int argc, char** argv) {
         failed = true;
     }
     UnloadLauncherModules();
+    Game::settings.reset();
+    Game::window = nullptr;
     return failed ? 1 : 0;
 }

@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# End to end through a real window: the launcher opens its GLFW window on a virtual X display, xdotool types the key
+# bound to the chat action, and the TEST_input module prints when the controller reports the action pressed.
+# Usage: window_key_press.sh <launcher> <game tree>
+set -uo pipefail
+launcher=$1
+tree=$2
+skip=77
+
+for tool in Xvfb xdotool; do
+  command -v "$tool" >/dev/null || { echo "SKIPPED: $tool is not installed (scripts/setup installs it)"; exit $skip; }
+done
+
+work=$(mktemp -d)
+cleanup() {
+  [ -n "${launcher_pid:-}" ] && kill "$launcher_pid" 2>/dev/null
+  [ -n "${xvfb_pid:-}" ] && kill "$xvfb_pid" 2>/dev/null
+  wait 2>/dev/null
+  rm -rf "$work"
+}
+trap cleanup EXIT
+
+# Xvfb picks a free display itself and writes its number once it accepts clients.
+Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.log" &
+xvfb_pid=$!
+for _ in $(seq 100); do
+  [ -s "$work/display" ] && break
+  kill -0 "$xvfb_pid" 2>/dev/null || break
+  sleep 0.1
+done
+if [ ! -s "$work/display" ]; then
+  echo "SKIPPED: Xvfb could not start a virtual display:"; cat "$work/xvfb.log"; exit $skip
+fi
+export DISPLAY=":$(head -n1 "$work/display")"
+
+cd "$tree"
+"$launcher" --modules TEST_input --seconds 20 >"$work/out" 2>"$work/err" &
+launcher_pid=$!
+
+window=$(timeout 15 xdotool search --sync --name '^Meridon$' | head -n1)
+if [ -z "$window" ]; then
+  echo "FAILED: the launcher opened no window named Meridon"; cat "$work/out" "$work/err"; exit 1
+fi
+# Typed through XTEST into the focused window, as a keyboard would.
+xdotool windowfocus --sync "$window"
+xdotool key --delay 100 Return
+
+# TEST_input quits the game once it has seen the press.
+for _ in $(seq 100); do
+  kill -0 "$launcher_pid" 2>/dev/null || break
+  sleep 0.1
+done
+wait "$launcher_pid"
+status=$?
+launcher_pid=
+if ! grep -q "^InputChat pressed$" "$work/out"; then
+  echo "FAILED: the key press did not reach the bound action"; cat "$work/out" "$work/err"; exit 1
+fi
+[ "$status" -eq 0 ] || { echo "FAILED: the launcher exited with $status"; cat "$work/err"; exit 1; }
+echo "InputChat turned on from a key typed into the window"
