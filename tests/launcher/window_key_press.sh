@@ -34,7 +34,9 @@ fi
 export DISPLAY=":$(head -n1 "$work/display")"
 
 cd "$tree"
-"$launcher" --modules TEST_input --seconds 20 >"$work/out" 2>"$work/err" &
+# X11 and GLFW keep allocations until the process ends; in sanitizer builds the leak checker would blame the
+# launcher for them. The launcher's own leaks stay covered by its other tests.
+ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0" "$launcher" --modules TEST_input --seconds 20 >"$work/out" 2>"$work/err" &
 launcher_pid=$!
 
 window=$(timeout 15 xdotool search --sync --name '^Meridon$' | head -n1)
