@@ -10,6 +10,7 @@
 #include "game/Game.h"
 #include "game/GameSettings.h"
 #include "game/entity/ServerSideEntity.h"
+#include "game/input/Joystick.h"
 #include "modules/GAME_Init.h"
 #include "modules/SERVER_Mod.h"
 
@@ -44,6 +45,22 @@ void CreateWorldFolders(std::string const& world) {
 constexpr char kSettingsFolder[] = "../Meridon-data/client";
 constexpr char kSettingsFile[] = "../Meridon-data/client/settings.ini";
 
+/// Keeps Game::_joysticks in step with the window's joystick slots, a device per occupied slot, and polls each one:
+/// a device plugged in appears at the next input pass, one pulled out is dropped.
+void UpdateJoysticks() {
+    constexpr int kSlots = 16;
+    for (int slot = 0; slot < kSlots; ++slot) {
+        bool const present = Game::window->GetJoystickGUID(slot) != nullptr;
+        auto found = Game::_joysticks.find(slot);
+        if (present && found == Game::_joysticks.end())
+            Game::_joysticks.emplace(slot, std::make_shared<game::input::Joystick>(slot));
+        else if (!present && found != Game::_joysticks.end())
+            Game::_joysticks.erase(found);
+    }
+    for (auto const& [slot, joystick] : Game::_joysticks)
+        joystick->InputUpdate();
+}
+
 std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config) {
     std::vector<std::unique_ptr<LoopThread>> loops;
     auto ticksLeft = std::make_shared<std::atomic<long>>(config.ticks);
@@ -63,6 +80,7 @@ std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config
     }));
     if (!config.server) {
         loops.push_back(std::make_unique<LoopThread>("input", config.inputHz, Game::inputFramerate, [](double dt) {
+            UpdateJoysticks();
             Game::InputUpdate(dt);
             if (Game::_inputMode == 2)
                 Game::InputUpdate_Station(dt);
