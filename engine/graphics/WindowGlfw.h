@@ -56,15 +56,16 @@ public:
     bool JoystickIsGamepad(int joystick) override;
 
 private:
-    /// One joystick slot as the last PollEvents saw it.
+    /// One joystick slot as the last PollEvents saw it. No member initialisers: clang would judge the struct not
+    /// default-constructible inside this still incomplete class; emplace() value-initialises it to zero instead.
     struct Device {
         std::string guid;
         std::string name;
-        bool gamepad = false;
+        bool gamepad;
         std::vector<float> axes;
         std::vector<unsigned char> buttons;
         std::vector<unsigned char> hats;
-        GamepadState gamepadState{};
+        GamepadState gamepadState;
     };
     /// The arrays handed to the reader (the input loop), kept until its next call for the same slot while
     /// PollEvents refills the snapshot.
