@@ -39,12 +39,7 @@ ClientSideEntity::ClientSideEntity(Id id, quorl::modular::ModuleID const& module
     auto const& typeDef = _registered_interfaces.at(module.String()).at(type);
     interface = typeDef.factory();
     if (typeDef.config) {
-        // The first entity of a type reads the type's config, on whichever side it is made.
-        std::lock_guard lock(typeDef.config->mutex);
-        if (!typeDef.config->loaded) {
-            typeDef.config->ReadConfig();
-            typeDef.config->loaded = true;
-        }
+        typeDef.config->ReadOnce();
         config = typeDef.config;
     }
     InitNodes();
@@ -101,13 +96,8 @@ std::shared_ptr<EntityConfig> ClientSideEntity::GetEntityConfig(char const* modu
     auto definition = types->second.find(type);
     if (definition == types->second.end() || !definition->second.config)
         return nullptr;
-    auto const& config = definition->second.config;
-    std::lock_guard lock(config->mutex);
-    if (!config->loaded) {
-        config->ReadConfig();
-        config->loaded = true;
-    }
-    return config;
+    definition->second.config->ReadOnce();
+    return definition->second.config;
 }
 
 quorl::modular::ModuleID ClientSideEntity::FindModuleID(std::string const& name) {

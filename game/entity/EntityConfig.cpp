@@ -212,6 +212,14 @@ void EntityConfig::ReadConfig() {
     solver.Init();
 }
 
+void EntityConfig::ReadOnce() {
+    std::lock_guard lock(mutex);
+    if (loaded)
+        return;
+    ReadConfig();
+    loaded = true;
+}
+
 std::shared_ptr<game::graphics::Mesh> EntityConfig::GetMesh() const {
     return mesh; // Null until the mesh loader fills it.
 }

@@ -105,8 +105,11 @@ public:
         glm::mat4 transform{1.0f};
     };
 
-    /// Reads nothing yet: the first entity of the type calls ReadConfig under `mutex`.
+    /// Reads nothing yet: the first entity of the type calls ReadOnce.
     explicit EntityConfig(std::string const& path);
+
+    /// Reads the file the first time any entity of the type asks, on whichever side, under `mutex`.
+    void ReadOnce();
 
     /// Reads the file. Cameras, joints, targets and renderables are replaced; colliders, adapters, light boxes and
     /// nodes are only added to or overwritten, so those gone from the file stay. A file that cannot be opened is
@@ -139,7 +142,7 @@ public:
     std::unordered_map<std::string, Node> nodes;
     std::shared_ptr<game::graphics::Mesh> mesh;
 
-    /// Guards the one lazy ReadConfig; `loaded` tells whether it happened.
+    /// Guards the one lazy ReadConfig of ReadOnce; `loaded` tells whether it happened.
     std::mutex mutex;
     bool loaded = false;
 

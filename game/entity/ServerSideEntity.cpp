@@ -48,12 +48,7 @@ void ServerSideEntity::Construct() {
     if (typeDef.factory)
         interface = typeDef.factory();
     if (typeDef.config) {
-        // The first entity of a type reads the type's config, on whichever side it is made.
-        std::lock_guard lock(typeDef.config->mutex);
-        if (!typeDef.config->loaded) {
-            typeDef.config->ReadConfig();
-            typeDef.config->loaded = true;
-        }
+        typeDef.config->ReadOnce();
         config = typeDef.config;
     }
     InitNodes();
