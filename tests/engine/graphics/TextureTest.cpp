@@ -1,0 +1,157 @@
+#include "engine/graphics/Texture.h"
+
+#include "tests/engine/graphics/TextureDevice.h"
+#include "tests/support/TempDirectory.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stb_image.h>
+
+#include <cmath>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+using quorl::graphics::Texture;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+using Pixels = std::unique_ptr<stbi_uc, void (*)(void*)>;
+
+std::vector<unsigned char> Pattern(int count) {
+    std::vector<unsigned char> bytes(count);
+    for (int i = 0; i < count; ++i)
+        bytes[i] = static_cast<unsigned char>(i * 37 + 11);
+    return bytes;
+}
+
+}
+
+// ---- SaveFile -----------------------------------------------------------------------------------------------------
+
+TEST(TextureSaveFileTest, WritesEightBitDataAsPngWithTheSamePixels) {
+    TempDirectory directory;
+    for (int channels = 1; channels <= 4; ++channels) {
+        SCOPED_TRACE(channels);
+        int const width = 5;
+        int const height = 3;
+        auto const data = Pattern(width * height * channels);
+        auto const path = directory.File("image" + std::to_string(channels) + ".png");
+        EXPECT_NE(Texture::SaveFile(path, width, height, channels, false, data.data(), 90), 0);
+
+        EXPECT_EQ(ReadFile(path).substr(1, 3), "PNG");
+        int readWidth = 0, readHeight = 0, readChannels = 0;
+        Pixels read{stbi_load(path.c_str(), &readWidth, &readHeight, &readChannels, channels), stbi_image_free};
+        ASSERT_TRUE(read);
+        EXPECT_EQ(readWidth, width);
+        EXPECT_EQ(readHeight, height);
+        EXPECT_EQ(readChannels, channels);
+        EXPECT_EQ(std::vector<unsigned char>(read.get(), read.get() + data.size()), data);
+    }
+}
+
+TEST(TextureSaveFileTest, WritesJpegForJpegSuffixes) {
+    TempDirectory directory;
+    std::vector<unsigned char> const grey(8 * 8 * 3, 128);
+    for (char const* name : {"a.jpg", "b.jpeg", "c.JPG"}) {
+        SCOPED_TRACE(name);
+        auto const path = directory.File(name);
+        EXPECT_NE(Texture::SaveFile(path, 8, 8, 3, false, grey.data(), 95), 0);
+        EXPECT_EQ(ReadFile(path).substr(0, 2), "\xFF\xD8");
+        int width = 0, height = 0, channels = 0;
+        Pixels read{stbi_load(path.c_str(), &width, &height, &channels, 3), stbi_image_free};
+        ASSERT_TRUE(read);
+        EXPECT_NEAR(read.get()[0], 128, 2);
+    }
+}
+
+TEST(TextureSaveFileTest, WritesFloatDataAsRadianceHdr) {
+    TempDirectory directory;
+    std::vector<float> const data{0.5f, 1.0f, 2.0f, 10.0f, 0.25f, 0.125f, 3.0f, 3.0f, 3.0f, 0.0f, 0.75f, 100.0f};
+    auto const path = directory.File("light.hdr");
+    EXPECT_NE(Texture::SaveFile(path, 2, 2, 3, true, reinterpret_cast<unsigned char const*>(data.data()), 0), 0);
+
+    EXPECT_THAT(ReadFile(path), StartsWith("#?RADIANCE"));
+    int width = 0, height = 0, channels = 0;
+    std::unique_ptr<float, void (*)(void*)> read{stbi_loadf(path.c_str(), &width, &height, &channels, 3),
+        stbi_image_free};
+    ASSERT_TRUE(read);
+    EXPECT_EQ(width, 2);
+    EXPECT_EQ(height, 2);
+    for (size_t i = 0; i < data.size(); ++i) {
+        // RGBE keeps 8 bits of mantissa against the pixel's largest component.
+        float const largest = std::max({data[i / 3 * 3], data[i / 3 * 3 + 1], data[i / 3 * 3 + 2]});
+        EXPECT_NEAR(read.get()[i], data[i], largest / 128.0f) << i;
+    }
+}
+
+TEST(TextureSaveFileTest, RefusesBadArgumentsWithoutWriting) {
+    TempDirectory directory;
+    auto const data = Pattern(64);
+    auto const path = directory.File("bad.png");
+    EXPECT_EQ(Texture::SaveFile(path, 2, 2, 0, false, data.data(), 90), 0);
+    EXPECT_EQ(Texture::SaveFile(path, 2, 2, 5, false, data.data(), 90), 0);
+    EXPECT_EQ(Texture::SaveFile(path, 2, 2, 4, false, nullptr, 90), 0);
+    EXPECT_EQ(Texture::SaveFile(path, 0, 2, 4, false, data.data(), 90), 0);
+    EXPECT_EQ(Texture::SaveFile(path, 2, 2, 0, true, data.data(), 90), 0);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(Texture::SaveFile(directory.File("missing/folder.png"), 2, 2, 4, false, data.data(), 90), 0);
+}
+
+// ---- On the device ------------------------------------------------------------------------------------------------
+
+using TextureTest = TextureDeviceTest;
+
+TEST_F(TextureTest, LoadUploadsTheFilesPixelsAsRgba8) {
+    TempDirectory directory;
+    int const width = 7;
+    int const height = 5;
+    auto const rgba = Pattern(width * height * 4);
+    auto const path = directory.File("pattern.png");
+    ASSERT_NE(Texture::SaveFile(path, width, height, 4, false, rgba.data(), 0), 0);
+
+    auto const texture = Texture::Load(device.get(), path);
+    EXPECT_EQ(texture->width, 7u);
+    EXPECT_EQ(texture->height, 5u);
+    EXPECT_EQ(texture->format, VK_FORMAT_R8G8B8A8_UNORM);
+    EXPECT_EQ(texture->layout, VK_IMAGE_LAYOUT_SHADER_READ_ONLY_OPTIMAL);
+    EXPECT_EQ(ReadBack(*texture), rgba);
+}
+
+TEST_F(TextureTest, LoadGivesOpaqueRgbaForAnRgbFile) {
+    TempDirectory directory;
+    std::vector<unsigned char> const rgb{10, 20, 30, 40, 50, 60};
+    auto const path = directory.File("rgb.png");
+    ASSERT_NE(Texture::SaveFile(path, 2, 1, 3, false, rgb.data(), 0), 0);
+
+    EXPECT_EQ(ReadBack(*Texture::Load(device.get(), path)),
+        (std::vector<unsigned char>{10, 20, 30, 255, 40, 50, 60, 255}));
+}
+
+TEST_F(TextureTest, LoadNamesThePathWhenTheFileIsNoImage) {
+    TempDirectory directory;
+    auto const path = directory.File("text.png");
+    WriteFile(path, "not an image");
+    for (auto const& file : {path, directory.File("absent.png")}) {
+        try {
+            Texture::Load(device.get(), file);
+            ADD_FAILURE() << "no exception for " << file;
+        } catch (std::runtime_error const& error) {
+            EXPECT_THAT(error.what(), StartsWith(file + ": "));
+            EXPECT_GT(std::string(error.what()).size(), file.size() + 2);
+        }
+    }
+}
+
+TEST_F(TextureTest, UploadReplacesTheWholeImage) {
+    Texture texture(device.get(), 3, 2, VK_FORMAT_R8G8B8A8_UNORM);
+    auto const first = Pattern(3 * 2 * 4);
+    texture.Upload(first.data(), first.size());
+    EXPECT_EQ(ReadBack(texture), first);
+    std::vector<unsigned char> const second(3 * 2 * 4, 200);
+    texture.Upload(second.data(), second.size());
+    EXPECT_EQ(ReadBack(texture), second);
+}

@@ -1,0 +1,257 @@
+#include "engine/renderer/QuorlRenderer.h"
+
+#include "engine/graphics/WindowGlfw.h"
+#include "engine/graphics/WindowHeadless.h"
+#include "engine/vk/Buffer.h"
+#include "engine/vk/CommandBuffer.h"
+
+#include <gtest/gtest.h>
+#include <imgui.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+using quorl::graphics::WindowHeadless;
+using quorl::renderer::QuorlRenderer;
+
+namespace {
+
+constexpr uint32_t kWidth = 160;
+constexpr uint32_t kHeight = 96;
+
+/// Notes every stage it is called for; its render commands paint the frame image one colour.
+class RecordingRenderer : public QuorlRenderer {
+public:
+    using QuorlRenderer::QuorlRenderer;
+
+    void FrameCollectGarbage() override { calls.push_back("FrameCollectGarbage"); }
+    void FrameUpdateDescriptorSets() override { calls.push_back("FrameUpdateDescriptorSets"); }
+    void FrameBeforePost() override { calls.push_back("FrameBeforePost"); }
+    void FrameInit() override { calls.push_back("FrameInit"); }
+    void FrameUpdateUi() override {
+        calls.push_back("FrameUpdateUi");
+        if (drawUi) {
+            ImGui::Begin("Test window");
+            ImGui::Text("Frame %llu", static_cast<unsigned long long>(frameNumber));
+            ImGui::End();
+            UiShowAdvancedPerformanceMetrics();
+        }
+    }
+    void FrameBeforeUpdate() override { calls.push_back("FrameBeforeUpdate"); }
+    void FrameUpdate() override { calls.push_back("FrameUpdate"); }
+    void FrameBeforeRender() override { calls.push_back("FrameBeforeRender"); }
+    void FrameAfterRender() override { calls.push_back("FrameAfterRender"); }
+    void FrameAfterUpdate() override { calls.push_back("FrameAfterUpdate"); }
+    void FramePushCommands(VkCommandBuffer) override { calls.push_back("FramePushCommands"); }
+    void FrameBuildCommands(VkCommandBuffer) override { calls.push_back("FrameBuildCommands"); }
+    void FrameRenderCommands(VkCommandBuffer commandBuffer) override {
+        calls.push_back("FrameRenderCommands");
+        if (paint.float32[0] < 0.0f)
+            return;
+        VkImageSubresourceRange const range{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+        vkCmdClearColorImage(commandBuffer, CurrentImage(), VK_IMAGE_LAYOUT_GENERAL, &paint, 1, &range);
+    }
+    void FrameResolveCommands(VkCommandBuffer) override { calls.push_back("FrameResolveCommands"); }
+    void FrameBlitCommands(VkCommandBuffer) override { calls.push_back("FrameBlitCommands"); }
+    void FramePostCommands(VkCommandBuffer) override { calls.push_back("FramePostCommands"); }
+    void FrameOverlayCommands(VkCommandBuffer) override { calls.push_back("FrameOverlayCommands"); }
+
+    std::vector<std::string> calls;
+    /// Red 1, green 0.2 (51 of 255 exactly), blue 0, opaque. A negative red paints nothing.
+    VkClearColorValue paint{{1.0f, 0.2f, 0.0f, 1.0f}};
+    bool drawUi = false;
+};
+
+/// The ImGui context the renderer takes, one that keeps no settings file in the tests' tree.
+struct ImGuiContextWithoutIni {
+    ImGuiContextWithoutIni() {
+        ImGui::CreateContext();
+        ImGui::GetIO().IniFilename = nullptr;
+    }
+    ~ImGuiContextWithoutIni() { ImGui::DestroyContext(); }
+};
+
+/// The frame image's pixels, B, G, R, A bytes per pixel.
+std::vector<uint8_t> ReadBack(QuorlRenderer& renderer) {
+    quorl::vk::Device* device = renderer.device.get();
+    size_t const size = size_t{renderer.swapchain.width} * renderer.swapchain.height * 4;
+    quorl::vk::Buffer buffer(device, VMA_MEMORY_USAGE_AUTO_PREFER_HOST, VK_BUFFER_USAGE_TRANSFER_DST_BIT, size,
+        VMA_ALLOCATION_CREATE_HOST_ACCESS_RANDOM_BIT);
+    renderer.vkDeviceWaitIdle(device->handle);
+    quorl::vk::CommandBuffer::Run(device, device->graphicsQueue, [&](VkCommandBuffer commandBuffer) {
+        // The copy reads its source in TRANSFER_SRC_OPTIMAL, the layout the validation layer expects of copies.
+        VkImageMemoryBarrier barrier{};
+        barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER;
+        barrier.srcAccessMask = VK_ACCESS_MEMORY_WRITE_BIT;
+        barrier.dstAccessMask = VK_ACCESS_TRANSFER_READ_BIT;
+        barrier.oldLayout = VK_IMAGE_LAYOUT_GENERAL;
+        barrier.newLayout = VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL;
+        barrier.srcQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
+        barrier.dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
+        barrier.image = renderer.CurrentImage();
+        barrier.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+        vkCmdPipelineBarrier(commandBuffer, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, VK_PIPELINE_STAGE_TRANSFER_BIT, 0, 0,
+            nullptr, 0, nullptr, 1, &barrier);
+        VkBufferImageCopy region{};
+        region.imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
+        region.imageExtent = {renderer.swapchain.width, renderer.swapchain.height, 1};
+        vkCmdCopyImageToBuffer(commandBuffer, renderer.CurrentImage(), VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL,
+            buffer.buffer, 1, &region);
+        barrier.srcAccessMask = VK_ACCESS_TRANSFER_READ_BIT;
+        barrier.dstAccessMask = VK_ACCESS_MEMORY_READ_BIT | VK_ACCESS_MEMORY_WRITE_BIT;
+        barrier.oldLayout = VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL;
+        barrier.newLayout = VK_IMAGE_LAYOUT_GENERAL;
+        VkMemoryBarrier host{};
+        host.sType = VK_STRUCTURE_TYPE_MEMORY_BARRIER;
+        host.srcAccessMask = VK_ACCESS_TRANSFER_WRITE_BIT;
+        host.dstAccessMask = VK_ACCESS_HOST_READ_BIT;
+        vkCmdPipelineBarrier(commandBuffer, VK_PIPELINE_STAGE_TRANSFER_BIT,
+            VK_PIPELINE_STAGE_HOST_BIT | VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, 0, 1, &host, 0, nullptr, 1, &barrier);
+    }, "frame read-back");
+    std::vector<uint8_t> pixels(size);
+    std::memcpy(pixels.data(), buffer.Map(), size);
+    buffer.Unmap();
+    return pixels;
+}
+
+class QuorlRendererTest : public testing::Test {
+protected:
+    QuorlRendererTest() {
+        window.width = static_cast<int>(kWidth);
+        window.height = static_cast<int>(kHeight);
+        renderer = std::make_unique<RecordingRenderer>(&window, "QuorlRendererTest", 1,
+            quorl::vk::PhysicalDevice::Features{}, true, true);
+    }
+
+    /// Validation is on: any message it reports fails the test.
+    void TearDown() override { EXPECT_EQ(renderer->device->ValidationMessageCount(), 0u); }
+
+    ImGuiContextWithoutIni imgui;
+    WindowHeadless window;
+    std::unique_ptr<RecordingRenderer> renderer;
+};
+
+}
+
+TEST_F(QuorlRendererTest, RendersHeadlessToOffscreenImagesOfTheWindowSize) {
+    EXPECT_TRUE(renderer->Headless());
+    EXPECT_EQ(renderer->swapchain.width, kWidth);
+    EXPECT_EQ(renderer->swapchain.height, kHeight);
+    EXPECT_EQ(renderer->swapchain.format, VK_FORMAT_B8G8R8A8_UNORM);
+    EXPECT_EQ(renderer->swapchain.images.size(), 2u);
+    EXPECT_EQ(renderer->swapchain.imageViews.size(), 2u);
+    EXPECT_NE(renderer->GlobalDescriptorSetLayout(), VkDescriptorSetLayout(VK_NULL_HANDLE));
+    EXPECT_NE(renderer->GlobalDescriptorSet(), VkDescriptorSet(VK_NULL_HANDLE));
+}
+
+TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameAndKeepsWhatTheyDraw) {
+    std::vector<std::string> const frame{"FrameCollectGarbage", "FrameUpdateDescriptorSets", "FrameBeforePost",
+        "FrameInit", "FrameUpdateUi", "FrameBeforeUpdate", "FrameUpdate", "FrameBeforeRender", "FrameAfterRender",
+        "FrameAfterUpdate", "FramePushCommands", "FrameBuildCommands", "FrameRenderCommands", "FrameResolveCommands",
+        "FrameBlitCommands", "FramePostCommands", "FrameOverlayCommands"};
+    std::vector<std::string> expected;
+    for (int i = 0; i < 3; ++i)
+        expected.insert(expected.end(), frame.begin(), frame.end());
+
+    renderer->StartRendering();
+    std::vector<VkImage> images;
+    for (int i = 0; i < 3; ++i) {
+        renderer->RenderFrame();
+        images.push_back(renderer->CurrentImage());
+    }
+    EXPECT_EQ(renderer->calls, expected);
+    EXPECT_EQ(renderer->frameNumber, 3u);
+    EXPECT_NE(images[0], images[1]) << "consecutive frames draw into different images";
+    EXPECT_EQ(images[0], images[2]);
+
+    std::vector<uint8_t> const pixels = ReadBack(*renderer);
+    for (size_t pixel : {size_t{0}, size_t{kWidth * kHeight / 2 + kWidth / 2}, size_t{kWidth * kHeight - 1}}) {
+        SCOPED_TRACE(pixel);
+        EXPECT_EQ(pixels[pixel * 4 + 0], 0);
+        EXPECT_EQ(pixels[pixel * 4 + 1], 51);
+        EXPECT_EQ(pixels[pixel * 4 + 2], 255);
+        EXPECT_EQ(pixels[pixel * 4 + 3], 255);
+    }
+    renderer->StopRendering();
+}
+
+TEST_F(QuorlRendererTest, FramesStartOpaqueBlack) {
+    renderer->StartRendering();
+    renderer->RenderFrame();
+    renderer->RenderFrame();
+    renderer->paint.float32[0] = -1.0f;
+    renderer->RenderFrame();
+    renderer->RenderFrame();
+    std::vector<uint8_t> const pixels = ReadBack(*renderer);
+    std::vector<uint8_t> const black{0, 0, 0, 255};
+    for (size_t i = 0; i < pixels.size(); i += 4)
+        ASSERT_EQ(std::vector<uint8_t>(pixels.begin() + i, pixels.begin() + i + 4), black) << "pixel " << i / 4;
+    renderer->StopRendering();
+}
+
+TEST_F(QuorlRendererTest, RenderingStartsAndStopsAgain) {
+    for (int round = 0; round < 2; ++round) {
+        SCOPED_TRACE(round);
+        renderer->StartRendering();
+        renderer->RenderFrame();
+        renderer->RenderFrame();
+        renderer->StopRendering();
+    }
+    EXPECT_EQ(renderer->frameNumber, 4u);
+}
+
+TEST_F(QuorlRendererTest, DrawsImGuiWindowsOverTheFrame) {
+    renderer->paint = {{0.0f, 0.0f, 0.0f, 1.0f}};
+    renderer->drawUi = true;
+    renderer->StartRendering();
+    for (int i = 0; i < 3; ++i)
+        renderer->RenderFrame();
+    ASSERT_NE(ImGui::GetDrawData(), nullptr);
+    EXPECT_GT(ImGui::GetDrawData()->TotalVtxCount, 0);
+
+    std::vector<uint8_t> const pixels = ReadBack(*renderer);
+    size_t drawn = 0;
+    for (size_t i = 0; i < pixels.size(); i += 4)
+        drawn += pixels[i] != 0 || pixels[i + 1] != 0 || pixels[i + 2] != 0;
+    EXPECT_GT(drawn, 0u) << "the windows show on the black frame";
+    renderer->StopRendering();
+}
+
+TEST_F(QuorlRendererTest, ReCreatingTheTargetFollowsTheWindowSize) {
+    renderer->StartRendering();
+    renderer->RenderFrame();
+    window.width = 64;
+    window.height = 32;
+    renderer->ReCreateSwapchain();
+    EXPECT_EQ(renderer->swapchain.width, 64u);
+    EXPECT_EQ(renderer->swapchain.height, 32u);
+    renderer->RenderFrame();
+    EXPECT_EQ(ReadBack(*renderer).size(), 64u * 32u * 4u);
+    renderer->StopRendering();
+}
+
+TEST(QuorlRendererWindowTest, PresentsToAWindowAndReCreatesItsSwapchain) {
+    if (std::getenv("DISPLAY") == nullptr && std::getenv("WAYLAND_DISPLAY") == nullptr)
+        GTEST_SKIP() << "no display";
+    ImGuiContextWithoutIni imgui;
+    quorl::graphics::WindowGlfw window("QuorlRendererTest", 320, 200);
+    RecordingRenderer renderer(&window, "QuorlRendererTest", 1, quorl::vk::PhysicalDevice::Features{}, true, true);
+    EXPECT_FALSE(renderer.Headless());
+    EXPECT_EQ(renderer.swapchain.width, 320u);
+    EXPECT_EQ(renderer.swapchain.height, 200u);
+    EXPECT_GE(renderer.swapchain.images.size(), 2u);
+    renderer.drawUi = true;
+    renderer.StartRendering();
+    for (int i = 0; i < 6; ++i) {
+        window.PollEvents();
+        renderer.RenderFrame();
+        if (i == 2)
+            renderer.ReCreateSwapchain();
+    }
+    renderer.StopRendering();
+    EXPECT_EQ(renderer.frameNumber, 6u);
+    EXPECT_EQ(renderer.device->ValidationMessageCount(), 0u);
+}

@@ -1,0 +1,131 @@
+#include "engine/renderer/TextureTable.h"
+
+#include "engine/vk/Sampler.h"
+#include "tests/engine/graphics/TextureDevice.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+using quorl::graphics::Texture;
+using quorl::graphics::TextureRef;
+using quorl::renderer::TextureTable;
+
+namespace {
+
+class TextureTableTest : public TextureDeviceTest {
+protected:
+    void SetUp() override {
+        TextureDeviceTest::SetUp();
+        VkSamplerCreateInfo info{};
+        info.sType = VK_STRUCTURE_TYPE_SAMPLER_CREATE_INFO;
+        info.magFilter = VK_FILTER_LINEAR;
+        info.minFilter = VK_FILTER_LINEAR;
+        sampler = std::make_unique<quorl::vk::Sampler>(device.get(), info);
+        table = std::make_unique<TextureTable>(device.get());
+    }
+    void TearDown() override {
+        table.reset();
+        sampler.reset();
+        TextureDeviceTest::TearDown();
+    }
+
+    TextureRef Sampled() {
+        auto texture = std::make_shared<Texture>(device.get(), 2, 2, VK_FORMAT_R8G8B8A8_UNORM);
+        std::vector<unsigned char> const pixels(2 * 2 * 4, 77);
+        texture->Upload(pixels.data(), pixels.size());
+        return texture;
+    }
+
+    /// A storage image in GENERAL layout, as the table wants it.
+    TextureRef Storage() {
+        auto texture = std::make_shared<Texture>(device.get(), 2, 2, VK_FORMAT_R8G8B8A8_UNORM,
+            VK_IMAGE_USAGE_STORAGE_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT);
+        texture->layout = VK_IMAGE_LAYOUT_GENERAL;
+        std::vector<unsigned char> const pixels(2 * 2 * 4, 0);
+        texture->Upload(pixels.data(), pixels.size());
+        return texture;
+    }
+
+    std::unique_ptr<quorl::vk::Sampler> sampler;
+    std::unique_ptr<TextureTable> table;
+};
+
+}
+
+TEST_F(TextureTableTest, HasASlotPerTextureTheDeviceLetsAStageSeeUpTo1024) {
+    auto const& limits = device->physicalDevice.properties.limits;
+    EXPECT_GT(table->capacity, 0u);
+    EXPECT_LE(table->capacity, 1024u);
+    EXPECT_LE(table->capacity, limits.maxPerStageDescriptorSamplers);
+    EXPECT_LE(table->capacity, limits.maxPerStageDescriptorStorageImages);
+    EXPECT_NE(table->layout, VK_NULL_HANDLE);
+    EXPECT_NE(table->set, VK_NULL_HANDLE);
+    EXPECT_EQ(table->size(), 0u);
+    EXPECT_FALSE(table->Dirty());
+}
+
+TEST_F(TextureTableTest, AddGivesConsecutiveIndicesAndClearStartsAgainAtZero) {
+    auto const texture = Sampled();
+    EXPECT_EQ(table->Add(texture, *sampler), 0u);
+    EXPECT_EQ(table->Add(Storage(), VK_NULL_HANDLE), 1u);
+    EXPECT_EQ(table->Add(texture, *sampler), 2u);
+    EXPECT_EQ(table->Add({{texture, *sampler}, {Storage(), VK_NULL_HANDLE}, {texture, *sampler}}), 3u);
+    EXPECT_EQ(table->size(), 6u);
+    EXPECT_EQ(table->Add(texture, *sampler), 6u);
+    EXPECT_TRUE(table->Dirty());
+
+    table->Clear();
+    EXPECT_EQ(table->size(), 0u);
+    EXPECT_EQ(table->Add(texture, *sampler), 0u);
+}
+
+TEST_F(TextureTableTest, KeepsTexturesAliveUntilClear) {
+    std::weak_ptr<Texture> watched;
+    {
+        auto texture = Sampled();
+        watched = texture;
+        table->Add(texture, *sampler);
+    }
+    EXPECT_FALSE(watched.expired());
+    table->Clear();
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(TextureTableTest, ThrowsWhenFullAndAddsNoneOfAListThatDoesNotFit) {
+    auto const texture = Sampled();
+    std::vector<std::tuple<TextureRef, VkSampler>> const all(table->capacity - 1, {texture, *sampler});
+    EXPECT_EQ(table->Add(all), 0u);
+
+    std::string const message = "Texture table is full: " + std::to_string(table->capacity) + " textures";
+    try {
+        table->Add({{texture, *sampler}, {texture, *sampler}});
+        ADD_FAILURE() << "no exception";
+    } catch (std::runtime_error const& error) {
+        EXPECT_EQ(error.what(), message);
+    }
+    EXPECT_EQ(table->size(), table->capacity - 1);
+    EXPECT_EQ(table->Add(texture, *sampler), table->capacity - 1);
+    try {
+        table->Add(Storage(), VK_NULL_HANDLE);
+        ADD_FAILURE() << "no exception";
+    } catch (std::runtime_error const& error) {
+        EXPECT_EQ(error.what(), message);
+    }
+}
+
+TEST_F(TextureTableTest, FlushWritesSampledAndStorageSlotsWithoutValidationMessages) {
+    table->Add({{Sampled(), *sampler}, {Storage(), VK_NULL_HANDLE}});
+    table->Flush();
+    EXPECT_FALSE(table->Dirty());
+
+    table->Clear();
+    EXPECT_TRUE(table->Dirty()) << "the cleared slots go back to the defaults";
+    table->Flush();
+    EXPECT_FALSE(table->Dirty());
+    EXPECT_EQ(device->ValidationMessageCount(), 0u);
+}

@@ -1,0 +1,77 @@
+#include "engine/vk/Device.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using quorl::vk::Device;
+
+namespace {
+
+Device::CreateInfo Validated() {
+    Device::CreateInfo info;
+    info.applicationName = "quorl_vk_device_tests";
+    info.validation = true;
+    return info;
+}
+
+TEST(DeviceTest, StartsWithWhatTheEngineNeedsAndStopsWithoutValidationMessages) {
+    Device device(Validated());
+    ASSERT_NE(device.handle, VK_NULL_HANDLE);
+    EXPECT_NE(device.graphicsQueue.handle, VK_NULL_HANDLE);
+    EXPECT_NE(device.graphicsQueue.mutex, nullptr);
+    EXPECT_NE(device.commandPool, VK_NULL_HANDLE);
+    EXPECT_TRUE(device.debugNames);
+    EXPECT_GE(device.physicalDevice.properties.apiVersion, VK_API_VERSION_1_3);
+
+    // Every Vulkan 1.3 device has these; the renderer records and synchronises with them.
+    auto const& enabled = device.enabledFeatures;
+    EXPECT_TRUE(enabled.vulkan12.bufferDeviceAddress);
+    EXPECT_TRUE(enabled.vulkan12.timelineSemaphore);
+    EXPECT_TRUE(enabled.vulkan13.synchronization2);
+    EXPECT_TRUE(enabled.vulkan13.dynamicRendering);
+    EXPECT_EQ(enabled.features2.features.shaderInt64, device.physicalDevice.supported.features2.features.shaderInt64);
+
+    EXPECT_EQ(device.ValidationMessageCount(), 0u);
+}
+
+TEST(DeviceTest, CutsTheFeaturesAskedForToThoseSupported) {
+    Device::CreateInfo info = Validated();
+    info.features.rayTracingPipeline.rayTracingPipeline = VK_TRUE;
+    info.features.features2.features.sparseBinding = VK_TRUE;
+    info.features.vulkan12.scalarBlockLayout = VK_TRUE;
+    Device device(info);
+
+    auto const& supported = device.physicalDevice.supported;
+    auto const& enabled = device.enabledFeatures;
+    EXPECT_EQ(enabled.rayTracingPipeline.rayTracingPipeline, supported.rayTracingPipeline.rayTracingPipeline);
+    EXPECT_EQ(enabled.features2.features.sparseBinding, supported.features2.features.sparseBinding);
+    EXPECT_EQ(enabled.vulkan12.scalarBlockLayout, supported.vulkan12.scalarBlockLayout);
+    // Not asked for, not needed by the engine: stays off even where supported.
+    EXPECT_FALSE(enabled.features2.features.geometryShader);
+    EXPECT_EQ(device.ValidationMessageCount(), 0u);
+}
+
+TEST(DeviceTest, NamesTheStepAndResultThatFailed) {
+    EXPECT_NO_THROW(Device::Check(VK_SUCCESS, "vkCreateFence"));
+    try {
+        Device::Check(VK_ERROR_DEVICE_LOST, "vkQueueSubmit");
+        FAIL() << "no exception";
+    } catch (std::runtime_error const& error) {
+        EXPECT_STREQ(error.what(), "Vulkan: vkQueueSubmit failed: VK_ERROR_DEVICE_LOST");
+    }
+    EXPECT_EQ(Device::ResultName(static_cast<VkResult>(-12345)), "-12345");
+}
+
+TEST(DeviceTest, ThrowsWhenAnExtensionIsMissing) {
+    Device::CreateInfo info = Validated();
+    info.deviceExtensions.push_back("VK_QUORL_no_such_extension");
+    try {
+        Device device(info);
+        FAIL() << "no exception";
+    } catch (std::runtime_error const& error) {
+        EXPECT_STREQ(error.what(), "Vulkan: vkCreateDevice failed: VK_ERROR_EXTENSION_NOT_PRESENT");
+    }
+}
+
+}
