@@ -5,7 +5,9 @@ BUILD_TYPE    ?= RelWithDebInfo
 JOBS          ?= $(shell nproc)
 WERROR        := $(if $(CI),ON,OFF)
 CMAKE_FLAGS   := -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DMERIDON_WERROR=$(WERROR)
-RUN_ARGS      ?= --world demo
+# Without a display the demo runs headless for a few seconds and leaves its last frame as a screenshot.
+HEADLESS_ARGS := $(if $(DISPLAY)$(WAYLAND_DISPLAY),,--seconds 5 --screenshot ../Meridon-data/screenshots/demo.png)
+RUN_ARGS      ?= --world demo $(HEADLESS_ARGS)
 
 .PHONY: all setup build run test sanitize-test clean
 

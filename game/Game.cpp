@@ -8,6 +8,7 @@
 #include "game/Game.h"
 
 #include "game/Options.h"
+#include "game/graphics/GameRenderer.h"
 #include "game/entity/ClientSideEntity.h"
 #include "game/entity/ServerSideEntityInterface.h"
 #include "modules/GAME_Mod.h"
@@ -77,6 +78,8 @@ quorl::FPSCounter Game::gameFramerate(0.5);
 
 void Game::Start() {
     GAME_Mod::CallHooks(&GAME_Mod::Game_Start);
+    if (renderer)
+        renderer->StartRendering();
     // A content module that fails to load is skipped in silence: worlds name optional content.
     for (auto const& name : _mods)
         MERIDON_Mod::LoadModule(name, false);
@@ -92,6 +95,8 @@ void Game::Ready() {
 }
 
 void Game::Stop() {
+    if (renderer)
+        renderer->StopRendering();
     MERIDON_Mod::CallHooks(&MERIDON_Mod::Unload);
     MERIDON_Mod::UnloadModules();
     GAME_Mod::CallHooks(&GAME_Mod::Game_Stop);
@@ -100,6 +105,7 @@ void Game::Stop() {
         game::entity::ClientSideEntity::_sharedObjects.clear();
     }
     game::entity::ClientSideEntity::_registered_interfaces.clear();
+    game::graphics::GameRenderer::Cleanup();
 }
 
 void Game::Quit() noexcept {

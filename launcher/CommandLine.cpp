@@ -17,6 +17,8 @@ Runs the game from the current folder, which holds modules/ and game/.
   --ticks N          quit after N server ticks
   --seconds S        quit after S seconds
   --server-hz HZ     server ticks per second (0: as fast as possible)
+  --screenshot PATH  save the last frame as a PNG when the run ends
+  --validation       turn on the Vulkan validation layers and report what they find
   --verbose          report what was loaded, and the status line even off a terminal
   --help             show this text
 )";
@@ -58,7 +60,10 @@ std::optional<int> ApplyCommandLine(int argc, char** argv, LauncherConfig& confi
             config.server = true;
         } else if (option == "--verbose") {
             config.verbose = true;
-        } else if (option == "--config" || option == "--world" || option == "--modules" || option == "--mods") {
+        } else if (option == "--validation") {
+            config.validation = true;
+        } else if (option == "--config" || option == "--world" || option == "--modules" || option == "--mods"
+                   || option == "--screenshot") {
             char const* text = value();
             if (!text)
                 return 2;
@@ -68,6 +73,8 @@ std::optional<int> ApplyCommandLine(int argc, char** argv, LauncherConfig& confi
                 config.modules = SplitNames(text);
             else if (option == "--mods")
                 config.mods = SplitNames(text);
+            else if (option == "--screenshot")
+                config.screenshot = text;
         } else if (option == "--ticks") {
             char const* text = value();
             if (!text)

@@ -24,6 +24,10 @@ struct LauncherConfig {
     long ticks = 0;
     /// Quit after this many seconds; 0 runs until asked to quit.
     double seconds = 0.0;
+    /// Where to save the last frame when the run ends; empty for no screenshot.
+    std::string screenshot;
+    /// Vulkan validation layers on; debug builds always have them.
+    bool validation = false;
     /// Print what was loaded, and the status line even when the output is no terminal.
     bool verbose = false;
 

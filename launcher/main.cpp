@@ -1,6 +1,7 @@
 // The launcher: owns the process and the loops, and drives the game library through Game's entry points.
 
 #include "CommandLine.h"
+#include "FrameDriver.h"
 #include "LoopThread.h"
 #include "ModuleSetup.h"
 #include "StatusLine.h"
@@ -9,6 +10,7 @@
 #include "engine/graphics/WindowHeadless.h"
 #include "game/Game.h"
 #include "game/GameSettings.h"
+#include "game/graphics/GameRenderer.h"
 #include "game/entity/ServerSideEntity.h"
 #include "game/input/Joystick.h"
 #include "modules/GAME_Init.h"
@@ -16,6 +18,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <ctime>
@@ -23,6 +26,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -118,18 +122,42 @@ std::unique_ptr<quorl::graphics::Window> OpenWindow(LauncherConfig const& config
     return std::make_unique<quorl::graphics::WindowHeadless>();
 }
 
+/// The client's renderer, presenting to the window or headless; null for a dedicated server, or when no Vulkan
+/// device can be made, which is reported and leaves a client that runs without frames.
+std::unique_ptr<game::graphics::GameRenderer> OpenRenderer(LauncherConfig const& config,
+                                                           quorl::graphics::Window* window) {
+    if (config.server)
+        return nullptr;
+#ifndef NDEBUG
+    bool const validation = true;
+#else
+    bool const validation = config.validation;
+#endif
+    try {
+        return std::make_unique<game::graphics::GameRenderer>(window, "Meridon", 1, quorl::vk::PhysicalDevice::Features{},
+                                                              validation);
+    } catch (std::exception const& error) {
+        std::cerr << "meridon: running without a renderer: " << error.what() << std::endl;
+        return nullptr;
+    }
+}
+
 /// Waits for the loops to end: a quit signal, --seconds running out, closing the window, or a loop quitting the
-/// game. Handles the window's events, which GLFW takes on this thread only, and redraws the status line once a
-/// second.
+/// game. Renders the frames and handles the window's events, which GLFW takes on this thread only, and redraws the
+/// status line once a second.
 void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
-               std::vector<std::unique_ptr<LoopThread>> const& loops, quorl::graphics::WindowGlfw* window) {
+               std::vector<std::unique_ptr<LoopThread>> const& loops, quorl::graphics::WindowGlfw* window,
+               FrameDriver* frames) {
     bool terminal = isatty(STDOUT_FILENO);
     bool showStatus = config.verbose || terminal;
     auto start = std::chrono::steady_clock::now();
     auto nextStatus = start + std::chrono::seconds(1);
     while (Game::isActive) {
         // A window's events wait no longer than a few milliseconds; without one the signals are all there is.
-        timespec wait{0, window ? 4'000'000 : 50'000'000};
+        long waitNs = window ? 4'000'000 : 50'000'000;
+        if (frames)
+            waitNs = std::min<long>(waitNs, static_cast<long>(frames->Poll() * 1e9));
+        timespec wait{0, std::max(waitNs, 0L)};
         if (sigtimedwait(&quitSignals, nullptr, &wait) > 0) {
             Game::Quit();
             break;
@@ -190,6 +218,11 @@ int main(int argc, char** argv) {
         std::filesystem::create_directories(kSettingsFolder, ignored);
         Game::settings = game::GameSettings::Instance(kSettingsFile, std::nullopt);
     }
+    auto renderer = OpenRenderer(config, window.get());
+    Game::renderer = renderer.get();
+    std::optional<FrameDriver> frames;
+    if (renderer)
+        frames.emplace(*renderer, window.get(), config.renderHz);
 
     bool failed = false;
     Game::isActive = true;
@@ -202,10 +235,20 @@ int main(int argc, char** argv) {
         GAME_Init::CallHooks(&GAME_Init::SplashEnd);
 
         auto loops = StartLoops(config);
-        Supervise(config, quitSignals, loops, dynamic_cast<quorl::graphics::WindowGlfw*>(window.get()));
+        Supervise(config, quitSignals, loops, dynamic_cast<quorl::graphics::WindowGlfw*>(window.get()),
+                  frames ? &*frames : nullptr);
         for (auto& loop : loops) {
             loop->Join();
             failed |= loop->Failed();
+        }
+        if (!config.screenshot.empty()) {
+            // One more frame, so that even a run shorter than a frame leaves one, with the world as it ended.
+            if (frames) {
+                frames->RenderFrame();
+                failed |= !frames->SaveScreenshot(config.screenshot);
+            }
+            else
+                std::cerr << "meridon: no screenshot without a renderer" << std::endl;
         }
         // Entities go before the modules whose code their interfaces run.
         game::entity::ServerSideEntity::UnloadAllEntities();
@@ -214,6 +257,9 @@ int main(int argc, char** argv) {
         std::cerr << "meridon: " << error.what() << std::endl;
         failed = true;
     }
+    frames.reset();
+    Game::renderer = nullptr;
+    renderer.reset();
     UnloadLauncherModules();
     Game::settings.reset();
     Game::window = nullptr;

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <stb/stb_image.h>
+
+#include <array>
 #include <filesystem>
 
 namespace {
@@ -31,6 +34,26 @@ TEST(LauncherTest, ClientLoadsEveryClassOfANamedModuleAndCreatesTheWorld) {
         EXPECT_NE(result.out.find(std::string("loaded modules/TEST_alpha/") + file), std::string::npos) << file;
     EXPECT_NE(result.out.find("TEST_alpha ticks: 3 before, 3 game\n"), std::string::npos) << result.out;
     EXPECT_TRUE(std::filesystem::is_directory("../Meridon-data/server/worlds/launcher-test/entities"));
+}
+
+TEST(LauncherTest, HeadlessClientRendersAndSavesItsLastFrame) {
+    std::string const path = "../Meridon-data/screenshots/launcher-test.png";
+    std::filesystem::remove(path);
+    auto result = Launch({"--ticks", "5", "--server-hz", "0", "--modules", "TEST_pattern", "--screenshot", path});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("Screenshot saved to " + path), std::string::npos) << result.out;
+
+    int width = 0, height = 0, channels = 0;
+    unsigned char* pixels = stbi_load(path.c_str(), &width, &height, &channels, 4);
+    ASSERT_NE(pixels, nullptr) << stbi_failure_reason();
+    auto at = [&](int x, int y) {
+        unsigned char const* p = pixels + (y * width + x) * 4;
+        return std::array<int, 4>{p[0], p[1], p[2], p[3]};
+    };
+    EXPECT_EQ(at(0, 0), (std::array<int, 4>{0, 0, 0, 255}));
+    EXPECT_EQ(at(34, 34), (std::array<int, 4>{255, 0, 0, 255})) << "the module's pattern is missing";
+    EXPECT_EQ(at(45, 45), (std::array<int, 4>{255, 255, 255, 255}));
+    stbi_image_free(pixels);
 }
 
 TEST(LauncherTest, TerminationSignalQuitsCleanly) {

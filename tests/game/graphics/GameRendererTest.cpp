@@ -1,0 +1,287 @@
+// The game renderer on a real Vulkan device (lavapipe where there is no GPU), headless, with validation on: every
+// test fails on any validation message.
+
+#include "game/graphics/GameRenderer.h"
+
+#include "game/GameSettings.h"
+#include "game/Options.h"
+#include "tests/support/GameFixture.h"
+#include "tests/support/TempDirectory.h"
+
+#include <stb/stb_image.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <memory>
+
+using game::graphics::GameRenderer;
+using Entries = std::vector<std::string>;
+
+namespace {
+
+class GameRendererTest : public GameTest {
+protected:
+    void SetUp() override {
+        GameTest::SetUp();
+        Game::settings = game::GameSettings::Instance(directory.File("settings.ini"), std::nullopt);
+        Game::settings->graphics_preset = 3;
+        renderer = std::make_unique<GameRenderer>(nullptr, "GameRendererTest", 1,
+            quorl::vk::PhysicalDevice::Features{}, true);
+        Game::renderer = renderer.get();
+    }
+
+    void TearDown() override {
+        uint32_t const messages = renderer->device->ValidationMessageCount();
+        Game::renderer = nullptr;
+        renderer.reset();
+        Game::settings.reset();
+        EXPECT_EQ(messages, 0u) << "the validation layer reported problems (see standard error)";
+        GameTest::TearDown();
+    }
+
+    /// The Renderer_ hooks that the journal saw, without the module prefix's class part.
+    static Entries StageEntries() {
+        Entries stages;
+        for (auto const& entry : journal::Entries())
+            if (entry.find(":Renderer_") != std::string::npos)
+                stages.push_back(entry.substr(0, entry.find('.')) + entry.substr(entry.find(':')));
+        return stages;
+    }
+
+    TempDirectory directory;
+    std::unique_ptr<GameRenderer> renderer;
+};
+
+/// Stb's reading of a PNG, RGBA.
+struct Png {
+    explicit Png(std::string const& path) : pixels(stbi_load(path.c_str(), &width, &height, &channels, 4)) {}
+    ~Png() { stbi_image_free(pixels); }
+    std::array<int, 4> At(int x, int y) const {
+        unsigned char const* p = pixels + (y * width + x) * 4;
+        return {p[0], p[1], p[2], p[3]};
+    }
+    int width = 0, height = 0, channels = 0;
+    unsigned char* pixels;
+};
+
+}
+
+// ---- Frames and their hooks ------------------------------------------------------------------------------------------
+
+TEST_F(GameRendererTest, FramesRunEveryStageInOrderWithTheSortedListsInTheirOrder) {
+    GAME_Mod::LoadModule("TEST_alpha", true);  // sorts second
+    GAME_Mod::LoadModule("TEST_beta", true);   // sorts first
+    SortAllLists();
+    renderer->StartRendering();
+    journal::Clear();
+    renderer->RenderFrame();
+    Entries const firstFrame = StageEntries();
+    journal::Clear();
+    renderer->RenderFrame();
+    renderer->StopRendering();
+
+    // Stages over all modules come in registry order, so compare those as sets per stage; sorted stages exactly.
+    auto both = [](std::string const& hook) {
+        return Entries{"TEST_beta:" + hook, "TEST_alpha:" + hook};
+    };
+    Entries expected;
+    auto unsorted = [&](std::string const& hook) {
+        auto pair = both(hook);
+        expected.insert(expected.end(), pair.begin(), pair.end());
+    };
+    for (char const* hook : {"Renderer_FrameCollectGarbage", "Renderer_FrameUpdateDescriptorSets",
+             "Renderer_FrameBeforePost", "Renderer_FrameInit"})
+        unsorted(hook);
+    for (char const* hook : {"Renderer_FrameUpdateUi", "Renderer_FrameBeforeUpdate", "Renderer_FrameUpdate",
+             "Renderer_FrameBeforeRender", "Renderer_FrameAfterRender", "Renderer_FrameAfterUpdate"})
+        unsorted(hook);
+    for (char const* hook : {"Renderer_FramePushCommands", "Renderer_FrameBuildCommands"})
+        unsorted(hook);
+    for (char const* hook : {"Renderer_FrameRenderCommands", "Renderer_FrameResolveCommands",
+             "Renderer_FrameBlitCommands", "Renderer_FramePostCommands", "Renderer_FrameOverlayCommands"})
+        unsorted(hook);
+
+    // Modules outside a sorted list answer in registry order: normalise each pair of the same hook.
+    auto normalised = [](Entries entries) {
+        for (size_t i = 0; i + 1 < entries.size(); i += 2)
+            if (entries[i].starts_with("TEST_alpha"))
+                std::swap(entries[i], entries[i + 1]);
+        return entries;
+    };
+    Entries const unsortedHooks{"Renderer_FrameCollectGarbage", "Renderer_FrameUpdateDescriptorSets",
+        "Renderer_FrameBeforePost", "Renderer_FrameInit", "Renderer_FramePushCommands",
+        "Renderer_FrameBuildCommands"};
+    EXPECT_EQ(normalised(firstFrame), expected);
+    // The sorted stages must already be in list order, unnormalised: beta (1) before alpha (2).
+    for (size_t i = 0; i + 1 < firstFrame.size(); i += 2) {
+        std::string const hook = firstFrame[i].substr(firstFrame[i].find(':') + 1);
+        if (std::find(unsortedHooks.begin(), unsortedHooks.end(), hook) == unsortedHooks.end()) {
+            EXPECT_TRUE(firstFrame[i].starts_with("TEST_beta")) << hook;
+        }
+    }
+    Entries second = StageEntries();
+    EXPECT_EQ(normalised(Entries(second.begin(), second.end() - 2)), expected);
+    EXPECT_EQ(journal::EntriesOf("Renderer_StopRendering").size(), 2u);
+}
+
+TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewInTheRenderStage) {
+    GAME_Mod::LoadModule("TEST_pattern", true);
+    SortAllLists();
+    renderer->StartRendering();
+    renderer->RenderFrame();
+    renderer->RenderFrame();
+    vkDeviceWaitIdle(renderer->device->handle);
+    std::string const path = directory.File("frame.png");
+    ASSERT_NE(renderer->SaveImage(renderer->CurrentImage(), {renderer->swapchain.width, renderer->swapchain.height},
+                  renderer->swapchain.format, VK_IMAGE_LAYOUT_GENERAL, path, 90, true),
+        0);
+    renderer->StopRendering();
+
+    Png const png(path);
+    ASSERT_NE(png.pixels, nullptr);
+    EXPECT_EQ(png.width, 1280);
+    EXPECT_EQ(png.height, 720);
+    EXPECT_EQ(png.At(0, 0), (std::array<int, 4>{0, 0, 0, 255}));
+    EXPECT_EQ(png.At(33, 33), (std::array<int, 4>{255, 0, 0, 255}));
+    EXPECT_EQ(png.At(46, 33), (std::array<int, 4>{0, 255, 0, 255}));
+    EXPECT_EQ(png.At(33, 46), (std::array<int, 4>{0, 0, 255, 255}));
+    EXPECT_EQ(png.At(46, 46), (std::array<int, 4>{255, 255, 255, 255}));
+    EXPECT_EQ(png.At(48, 48), (std::array<int, 4>{0, 0, 0, 255}));
+}
+
+TEST_F(GameRendererTest, SaveImageRefusesFormatsOutsideItsTable) {
+    std::string const path = directory.File("refused.png");
+    EXPECT_EQ(renderer->SaveImage(renderer->CurrentImage(), {4, 4}, VK_FORMAT_R16G16B16A16_SFLOAT,
+                  VK_IMAGE_LAYOUT_GENERAL, path, 90, false),
+        0);
+    EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+// ---- Deferred destruction ----------------------------------------------------------------------------------------------
+
+TEST_F(GameRendererTest, TrashSurvivesOneWholeFrame) {
+    renderer->StartRendering();
+    renderer->RenderFrame();
+    auto object = std::make_shared<int>(7);
+    std::weak_ptr<int> watch = object;
+    renderer->Trash(std::move(object));
+    renderer->RenderFrame();
+    EXPECT_FALSE(watch.expired()) << "released while the frame that may read it was in flight";
+    renderer->RenderFrame();
+    EXPECT_TRUE(watch.expired());
+    renderer->StopRendering();
+}
+
+TEST_F(GameRendererTest, APendingTextureHeldByNobodyIsTrashedNotPushed) {
+    renderer->StartRendering();
+    auto wanted = std::make_shared<quorl::graphics::Texture>(renderer->device.get(), 4, 4, VK_FORMAT_R8G8B8A8_UNORM);
+    std::weak_ptr<quorl::graphics::Texture> abandoned;
+    {
+        auto texture = std::make_shared<quorl::graphics::Texture>(renderer->device.get(), 4, 4,
+            VK_FORMAT_R8G8B8A8_UNORM);
+        abandoned = texture;
+        std::lock_guard lock(renderer->pendingTexturesMutex);
+        renderer->pendingTextures = {texture, wanted};
+    }
+    renderer->RenderFrame();
+    EXPECT_TRUE(renderer->pendingTextures.empty());
+    EXPECT_FALSE(abandoned.expired()) << "trashed textures live one more frame";
+    renderer->RenderFrame();
+    renderer->RenderFrame();
+    EXPECT_TRUE(abandoned.expired());
+    EXPECT_EQ(wanted.use_count(), 1);
+    renderer->StopRendering();
+}
+
+// ---- Floating world origin -------------------------------------------------------------------------------------------
+
+TEST_F(GameRendererTest, ThresholdZeroMakesTheOriginTrackTheCameraEveryFrame) {
+    game::Options::Set("world_origin_reset_distance_threshold", 0.0f);
+    for (double x : {0.25, 3.5, 3.5}) {
+        renderer->frame.cameraPosition = {x, -2.75, 1e7 + 0.5};
+        renderer->FrameInit();
+        EXPECT_EQ(renderer->worldOriginChanged, 1);
+        EXPECT_EQ(glm::dvec3(renderer->worldOrigin[3]), renderer->frame.cameraPosition);
+        // The view is relative to the origin, so the camera sits at its centre.
+        EXPECT_NEAR(glm::length(glm::dvec3(renderer->frame.viewMatrix[3])), 0.0, 1e-9);
+    }
+}
+
+TEST_F(GameRendererTest, AJumpPastTheThresholdRoundsTheOriginAndSmallMovesKeepIt) {
+    game::Options::Set("world_origin_reset_distance_threshold", 100.0);
+    renderer->frame.cameraPosition = {60.0, 0.0, 0.0};
+    renderer->FrameInit();
+    EXPECT_EQ(renderer->worldOriginChanged, 0);
+
+    renderer->frame.cameraPosition = {150.6, -20.4, 0.5};
+    renderer->FrameInit();
+    EXPECT_EQ(renderer->worldOriginChanged, 1);
+    EXPECT_EQ(glm::dvec3(renderer->worldOrigin[3]), glm::dvec3(151.0, -20.0, 1.0));
+    EXPECT_EQ(renderer->worldOriginX, 151);
+    EXPECT_EQ(renderer->worldOriginY, -20);
+    EXPECT_EQ(renderer->worldOriginZ, 1);
+    EXPECT_NEAR(renderer->frame.viewMatrix[3].x, 0.4, 1e-9);
+    EXPECT_NEAR(renderer->frame.viewMatrix[3].y, 0.4, 1e-9);
+
+    renderer->frame.cameraPosition = {200.0, -20.0, 1.0};
+    renderer->FrameInit();
+    EXPECT_EQ(renderer->worldOriginChanged, 0);
+    EXPECT_EQ(renderer->worldOriginX, 151);
+}
+
+// ---- Settings and sizes ----------------------------------------------------------------------------------------------
+
+TEST(GameRendererPresets, TheGpuNameChoosesThePreset) {
+    struct Case {
+        char const* name;
+        int preset;
+    };
+    for (auto [name, preset] : {Case{"NVIDIA GeForce RTX 4090", 5}, Case{"GeForce RTX_3060 Laptop GPU", 2},
+             Case{"NVIDIA RTX-2070 SUPER", 2}, Case{"RTX 5090", 6}, Case{"NVIDIA GeForce RTX 3080 Ti", 4},
+             Case{"NVIDIA GeForce RTX 4060", 3}, Case{"llvmpipe (LLVM 15.0.6, 256 bits)", 3},
+             Case{"AMD Radeon RX 7900 XTX", 3}, Case{"NVIDIA H100 80GB HBM3", 3}})
+        EXPECT_EQ(GameRenderer::PresetForDeviceName(name), preset) << name;
+}
+
+TEST_F(GameRendererTest, PresetsSetTheUpscalingQuality) {
+    struct Case {
+        int preset, quality;
+    };
+    for (auto [preset, quality] : {Case{1, 1}, Case{4, 1}, Case{5, 2}, Case{6, 3}, Case{7, 6}, Case{0, 9}, Case{8, 9}}) {
+        Game::settings->graphics_preset = preset;
+        Game::settings->upscaling_quality_setting = 9;
+        renderer->ConfigureSettingsFromPreset();
+        EXPECT_EQ(Game::settings->upscaling_quality_setting, quality) << "preset " << preset;
+    }
+}
+
+TEST_F(GameRendererTest, FirstStartDetectsThePresetAndSavesIt) {
+    renderer.reset();
+    Game::settings->graphics_preset = -1;
+    renderer = std::make_unique<GameRenderer>(nullptr, "GameRendererTest", 1, quorl::vk::PhysicalDevice::Features{},
+        true);
+    int const detected = GameRenderer::PresetForDeviceName(renderer->device->physicalDevice.properties.deviceName);
+    EXPECT_EQ(Game::settings->graphics_preset, detected);
+    auto reread = std::make_shared<game::GameSettings>(directory.File("settings.ini"), std::nullopt);
+    reread->ReadConfig();
+    EXPECT_EQ(reread->graphics_preset, detected);
+}
+
+TEST_F(GameRendererTest, BoundingSizeAtTheCameraIsTheFullFactor) {
+    renderer->frame.cameraPosition = {5.0, 6.0, 7.0};
+    renderer->frame.renderScale = 1.0f;
+    double const mean = (renderer->swapchain.width + renderer->swapchain.height) * 0.5;
+    EXPECT_DOUBLE_EQ(renderer->GetFixedBoundingSizeInScreenPixels({5.0, 6.0, 7.0}, 2.0, 90.0),
+        6.283185307179586 * mean);
+    // Ten units away at 90 degrees: twice (1 / 10) / (pi / 2) of the mean size.
+    double const angle = (1.0 / 10.0) / (90.0 * 0.017453292519943295);
+    EXPECT_DOUBLE_EQ(renderer->GetFixedBoundingSizeInScreenPixels({15.0, 6.0, 7.0}, 1.0, 90.0), mean * 2 * angle);
+}
+
+TEST_F(GameRendererTest, CleanupEmptiesTheAimReferencesSoTheNextOneIsIndexZero) {
+    EXPECT_EQ(renderer->AddAimReference("TEST_alpha", 5), 1u);
+    GameRenderer::Cleanup();
+    EXPECT_EQ(renderer->AddAimReference("TEST_alpha", 6), 0u);
+    EXPECT_EQ(std::any_cast<int>(renderer->aim.reference.data), 0);
+}
