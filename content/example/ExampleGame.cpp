@@ -12,6 +12,7 @@
 #include "modules/ModuleApi.h"
 
 #include "game/Game.h"
+#include "game/graphics/GameRenderer.h"
 
 #include <atomic>
 
@@ -33,6 +34,21 @@ extern "C" int ModuleSort(char const* listName) {
 }
 
 extern "C" void Game_Start() {}
+
+// The world is about to run: enter play mode, which captures the mouse (when the window has focus) and shows the
+// crosshair.
+extern "C" void Game_Ready() {
+    Game::Play();
+}
+
+// The renderer's frame, on the render thread, for modules of the "render" list. The frame image is in the general
+// layout for every command stage; all world drawing is the modules' own. This one paints deep space.
+extern "C" void Renderer_FrameRenderCommands(VkCommandBuffer commands) {
+    auto* renderer = Game::renderer;
+    VkClearColorValue const space{{0.01f, 0.015f, 0.04f, 1.0f}};
+    VkImageSubresourceRange const whole{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
+    renderer->vkCmdClearColorImage(commands, renderer->CurrentImage(), VK_IMAGE_LAYOUT_GENERAL, &space, 1, &whole);
+}
 
 // The game loop, once per pass, for modules of the "update" list. The argument is the smoothed frame time in
 // seconds. Runs on the game loop thread; other threads hand work to it with Game::Synchronize.

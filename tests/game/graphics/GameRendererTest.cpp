@@ -150,6 +150,23 @@ TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewInTheRenderStage) {
     EXPECT_EQ(png.At(48, 48), (std::array<int, 4>{0, 0, 0, 255}));
 }
 
+TEST_F(GameRendererTest, TheOverlayShowsTheCrosshairOnlyInMouseLook) {
+    std::string const path = directory.File("crosshair.png");
+    auto centreAfterAFrame = [&](bool mouseLook) {
+        Game::uiVisible = true;
+        Game::_mouseLook = mouseLook;
+        renderer->RenderFrame();
+        vkDeviceWaitIdle(renderer->device->handle);
+        renderer->SaveImage(renderer->CurrentImage(), {renderer->swapchain.width, renderer->swapchain.height},
+            renderer->swapchain.format, VK_IMAGE_LAYOUT_GENERAL, path, 90, true);
+        return Png(path).At(int(renderer->swapchain.width / 2), int(renderer->swapchain.height / 2));
+    };
+    renderer->StartRendering();
+    EXPECT_EQ(centreAfterAFrame(true), (std::array<int, 4>{255, 255, 255, 255}));
+    EXPECT_EQ(centreAfterAFrame(false), (std::array<int, 4>{0, 0, 0, 255})) << "a free mouse shows no crosshair";
+    renderer->StopRendering();
+}
+
 TEST_F(GameRendererTest, SaveImageRefusesFormatsOutsideItsTable) {
     std::string const path = directory.File("refused.png");
     EXPECT_EQ(renderer->SaveImage(renderer->CurrentImage(), {4, 4}, VK_FORMAT_R16G16B16A16_SFLOAT,
