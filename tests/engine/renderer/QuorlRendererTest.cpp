@@ -4,6 +4,7 @@
 #include "engine/graphics/WindowHeadless.h"
 #include "engine/vk/Buffer.h"
 #include "engine/vk/CommandBuffer.h"
+#include "tests/support/LavapipeStaysLoaded.h"
 
 #include <gtest/gtest.h>
 #include <imgui.h>
@@ -64,16 +65,6 @@ public:
     VkClearColorValue paint{{1.0f, 0.2f, 0.0f, 1.0f}};
     bool drawUi = false;
 };
-
-/// Lavapipe keeps state in globals that it does not free; the loader unloads the driver with the last instance, and
-/// LeakSanitizer would then report that state as leaked. One instance held for the whole process keeps it loaded.
-VkInstance const keepDriverLoaded = [] {
-    VkInstanceCreateInfo info{};
-    info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
-    VkInstance instance = VK_NULL_HANDLE;
-    vkCreateInstance(&info, nullptr, &instance);
-    return instance;
-}();
 
 /// The ImGui context the renderer takes, one that keeps no settings file in the tests' tree.
 struct ImGuiContextWithoutIni {

@@ -8,6 +8,7 @@
 #include "engine/vk/Renderpass.h"
 #include "engine/vk/Shader.h"
 
+#include "tests/support/LavapipeStaysLoaded.h"
 #include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
@@ -15,7 +16,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <dlfcn.h>
 #include <functional>
 #include <memory>
 #include <stdexcept>
@@ -45,10 +45,6 @@ struct ColliderPush {
     VkDeviceAddress indices;
 };
 static_assert(sizeof(ColliderPush) == 96);
-
-// lavapipe keeps what its shader compiler allocates in globals of the driver library, which the loader unloads
-// with the instance; the leak checker then sees those blocks as lost. Keeping the driver loaded keeps them reachable.
-[[maybe_unused]] void* const KeepLavapipeLoaded = dlopen("libvulkan_lvp.so", RTLD_NOW | RTLD_NODELETE);
 
 /// A headless lavapipe device with validation, and a 64 x 64 frame image in GENERAL layout that a LOAD render pass
 /// draws over, as the frame driver's image is.
