@@ -29,24 +29,6 @@ void CheckImGui(VkResult result) {
         vk::Device::Check(result, "ImGui Vulkan backend");
 }
 
-/// Whole-image barrier between everything before and everything after: frames are few and this keeps the frame's
-/// own transitions out of the way of whatever the recorded stages do.
-void Transition(vk::interface::DeviceInterface const& vk, VkCommandBuffer commandBuffer, VkImage image,
-    VkImageLayout from, VkImageLayout to) {
-    VkImageMemoryBarrier barrier{};
-    barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER;
-    barrier.srcAccessMask = VK_ACCESS_MEMORY_WRITE_BIT;
-    barrier.dstAccessMask = VK_ACCESS_MEMORY_READ_BIT | VK_ACCESS_MEMORY_WRITE_BIT;
-    barrier.oldLayout = from;
-    barrier.newLayout = to;
-    barrier.srcQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
-    barrier.dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
-    barrier.image = image;
-    barrier.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-    vk.vkCmdPipelineBarrier(commandBuffer, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, 0,
-        0, nullptr, 0, nullptr, 1, &barrier);
-}
-
 VkSemaphore MakeSemaphore(VkDevice device) {
     VkSemaphoreCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_SEMAPHORE_CREATE_INFO;
@@ -184,7 +166,7 @@ void VulkanRenderer::CreateTarget(VkSwapchainKHR old) {
     // The images live in GENERAL from the start, so that CurrentImage can be read before any frame.
     vk::CommandBuffer::Run(device.get(), device->graphicsQueue, [this](VkCommandBuffer commandBuffer) {
         for (auto const& image : _offscreenImages)
-            Transition(*this, commandBuffer, image->image, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_GENERAL);
+            image->Transition(commandBuffer, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_GENERAL);
     }, "offscreen frame images");
 }
 
@@ -340,11 +322,13 @@ void VulkanRenderer::EndFrame(std::function<void(VkCommandBuffer)> record, std::
     currentCommandBuffer = slot.commandBuffer;
 
     // The last frame's content is of no use: start from opaque black.
-    Transition(*this, slot.commandBuffer, image, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_GENERAL);
+    vk::Image::Transition(slot.commandBuffer, image, VK_IMAGE_ASPECT_COLOR_BIT,
+        VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_GENERAL);
     VkClearColorValue const black{{0.0f, 0.0f, 0.0f, 1.0f}};
     VkImageSubresourceRange const range{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
     vkCmdClearColorImage(slot.commandBuffer, image, VK_IMAGE_LAYOUT_GENERAL, &black, 1, &range);
-    Transition(*this, slot.commandBuffer, image, VK_IMAGE_LAYOUT_GENERAL, VK_IMAGE_LAYOUT_GENERAL);
+    vk::Image::Transition(slot.commandBuffer, image, VK_IMAGE_ASPECT_COLOR_BIT,
+        VK_IMAGE_LAYOUT_GENERAL, VK_IMAGE_LAYOUT_GENERAL);
 
     if (record)
         record(slot.commandBuffer);
@@ -357,7 +341,8 @@ void VulkanRenderer::EndFrame(std::function<void(VkCommandBuffer)> record, std::
         _imguiPass->End(slot.commandBuffer);
     }
     if (!Headless())
-        Transition(*this, slot.commandBuffer, image, VK_IMAGE_LAYOUT_GENERAL, VK_IMAGE_LAYOUT_PRESENT_SRC_KHR);
+        vk::Image::Transition(slot.commandBuffer, image, VK_IMAGE_ASPECT_COLOR_BIT,
+            VK_IMAGE_LAYOUT_GENERAL, VK_IMAGE_LAYOUT_PRESENT_SRC_KHR);
 
     vk::Device::Check(vkEndCommandBuffer(slot.commandBuffer), "vkEndCommandBuffer");
     currentCommandBuffer = VK_NULL_HANDLE;

@@ -33,6 +33,11 @@ Image::~Image() {
 }
 
 void Image::Transition(VkCommandBuffer commandBuffer, VkImageLayout from, VkImageLayout to) const {
+    Transition(commandBuffer, image, Aspects(info.format), from, to);
+}
+
+void Image::Transition(VkCommandBuffer commandBuffer, VkImage image, VkImageAspectFlags aspects, VkImageLayout from,
+    VkImageLayout to) {
     VkImageMemoryBarrier const barrier{
         .sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER,
         .pNext = nullptr,
@@ -43,7 +48,7 @@ void Image::Transition(VkCommandBuffer commandBuffer, VkImageLayout from, VkImag
         .srcQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED,
         .dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED,
         .image = image,
-        .subresourceRange = {Aspects(info.format), 0, VK_REMAINING_MIP_LEVELS, 0, VK_REMAINING_ARRAY_LAYERS},
+        .subresourceRange = {aspects, 0, VK_REMAINING_MIP_LEVELS, 0, VK_REMAINING_ARRAY_LAYERS},
     };
     vkCmdPipelineBarrier(commandBuffer, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, 0, 0,
         nullptr, 0, nullptr, 1, &barrier);

@@ -21,6 +21,9 @@ public:
 
     /// Records a full-image layout transition with a conservative barrier (all commands before, all after).
     void Transition(VkCommandBuffer commandBuffer, VkImageLayout from, VkImageLayout to) const;
+    /// The same barrier for an image we did not make, such as a swapchain's.
+    static void Transition(VkCommandBuffer commandBuffer, VkImage image, VkImageAspectFlags aspects,
+        VkImageLayout from, VkImageLayout to);
 
     /// Every aspect that images of `format` have: colour, or depth and/or stencil.
     static VkImageAspectFlags Aspects(VkFormat format);

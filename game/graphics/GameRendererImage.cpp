@@ -1,6 +1,7 @@
 #include "game/graphics/GameRenderer.h"
 
 #include "engine/vk/CommandBuffer.h"
+#include "engine/vk/Image.h"
 #include "game/Game.h"
 #include "game/GameSettings.h"
 
@@ -39,21 +40,6 @@ bool CopyableIn(VkImageLayout layout) {
     return layout == VK_IMAGE_LAYOUT_GENERAL || layout == VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL;
 }
 
-void Transition(VkCommandBuffer commandBuffer, VkImage image, VkImageLayout from, VkImageLayout to) {
-    VkImageMemoryBarrier barrier{};
-    barrier.sType = VK_STRUCTURE_TYPE_IMAGE_MEMORY_BARRIER;
-    barrier.srcAccessMask = VK_ACCESS_MEMORY_WRITE_BIT | VK_ACCESS_MEMORY_READ_BIT;
-    barrier.dstAccessMask = VK_ACCESS_MEMORY_WRITE_BIT | VK_ACCESS_MEMORY_READ_BIT;
-    barrier.oldLayout = from;
-    barrier.newLayout = to;
-    barrier.srcQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
-    barrier.dstQueueFamilyIndex = VK_QUEUE_FAMILY_IGNORED;
-    barrier.image = image;
-    barrier.subresourceRange = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-    vkCmdPipelineBarrier(commandBuffer, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, VK_PIPELINE_STAGE_ALL_COMMANDS_BIT, 0, 0,
-        nullptr, 0, nullptr, 1, &barrier);
-}
-
 }
 
 int GameRenderer::SaveImage(VkImage image, VkExtent2D extent, VkFormat format, VkImageLayout layout,
@@ -73,13 +59,13 @@ int GameRenderer::SaveImage(VkImage image, VkExtent2D extent, VkFormat format, V
     quorl::vk::CommandBuffer::Run(device.get(), device->graphicsQueue, [&](VkCommandBuffer commandBuffer) {
         VkImageLayout const copyLayout = CopyableIn(layout) ? layout : VK_IMAGE_LAYOUT_TRANSFER_SRC_OPTIMAL;
         if (copyLayout != layout)
-            Transition(commandBuffer, image, layout, copyLayout);
+            quorl::vk::Image::Transition(commandBuffer, image, VK_IMAGE_ASPECT_COLOR_BIT, layout, copyLayout);
         VkBufferImageCopy region{};
         region.imageSubresource = {VK_IMAGE_ASPECT_COLOR_BIT, 0, 0, 1};
         region.imageExtent = {extent.width, extent.height, 1};
         vkCmdCopyImageToBuffer(commandBuffer, image, copyLayout, buffer.buffer, 1, &region);
         if (copyLayout != layout)
-            Transition(commandBuffer, image, copyLayout, layout);
+            quorl::vk::Image::Transition(commandBuffer, image, VK_IMAGE_ASPECT_COLOR_BIT, copyLayout, layout);
     }, "renderer::SaveImage");
 
     if (format == VK_FORMAT_B8G8R8A8_UNORM) {
