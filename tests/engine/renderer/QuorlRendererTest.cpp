@@ -4,7 +4,6 @@
 #include "engine/graphics/WindowHeadless.h"
 #include "engine/vk/Buffer.h"
 #include "engine/vk/CommandBuffer.h"
-#include "tests/support/LavapipeStaysLoaded.h"
 
 #include <gtest/gtest.h>
 #include <imgui.h>

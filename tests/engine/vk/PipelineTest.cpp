@@ -8,7 +8,6 @@
 #include "engine/vk/Renderpass.h"
 #include "engine/vk/Shader.h"
 
-#include "tests/support/LavapipeStaysLoaded.h"
 #include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>

@@ -6,7 +6,6 @@
 #include "game/GameSettings.h"
 #include "game/Options.h"
 #include "tests/support/GameFixture.h"
-#include "tests/support/LavapipeStaysLoaded.h"
 #include "tests/support/TempDirectory.h"
 
 #include <stb/stb_image.h>
