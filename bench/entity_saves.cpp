@@ -1,11 +1,13 @@
-// What saving and loading a world costs: UnloadAllEntities writes every entity's state file through one
-// AtomicFileBatch, LoadAllEntities reads them all back and starts their interfaces. One measured run of each, printed
-// as one JSON line: {"n": N, "save_s": ..., "load_s": ..., "bytes": ...}
+// What saving and loading a world costs, as the server does it through SavedWorld: the first save writes every
+// entity's state file in one batch, an autosave after `moved` entities moved writes only theirs, and the load reads
+// them all back and starts their interfaces. One measured run of each, printed as one JSON line:
+// {"n": N, "save_s": ..., "moved": M, "autosave_s": ..., "written": ..., "load_s": ..., "bytes": ...}
 //
-// Usage: bench_entity_saves [--n N]   (N entities, 10000 when not given)
+// Usage: bench_entity_saves [--n N] [--moved M]   (N entities, 10000 when not given; M moved, 100 when not given)
 // Saves go to ../Meridon-data/server/worlds/<fresh world>/ relative to the working folder, which is removed again.
 
 #include "game/Game.h"
+#include "game/entity/SavedWorld.h"
 #include "game/entity/ServerSideEntityInterface.h"
 
 #include <chrono>
@@ -17,6 +19,7 @@
 #include <shared_mutex>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <unistd.h>
 
@@ -77,33 +80,57 @@ size_t LivingEntities() {
     return ServerSideEntity::_sharedObjects.size();
 }
 
-int Run(unsigned long n) {
+/// Files in the folder that are newer than `since`: what a save wrote.
+size_t WrittenSince(std::filesystem::path const& folder, std::filesystem::file_time_type since) {
+    size_t written = 0;
+    for (auto const& file : std::filesystem::directory_iterator(folder))
+        written += file.last_write_time() > since;
+    return written;
+}
+
+int Run(unsigned long n, unsigned long moved) {
     Game::_current_world = "bench-saves-" + std::to_string(::getpid()) + "-" +
                            std::to_string(std::chrono::steady_clock::now().time_since_epoch().count());
     ScratchWorld world("../Meridon-data/server/worlds/" + Game::_current_world);
+    auto const entities = world.folder / "entities";
 
     ServerSideEntity::_registered_interfaces[kModule]["block"] = ServerSideEntity::EntityTypeDef{
         quorl::modular::ModuleID(kModule), "block", nullptr, [] { return std::make_shared<BlockInterface>(); }};
 
+    std::vector<std::shared_ptr<ServerSideEntity>> blocks;
     for (unsigned long i = 0; i < n; ++i) {
-        auto entity = CreateBlock();
-        entity->save_tag = 1;
-        std::static_pointer_cast<BlockInterface>(entity->interface)->counter = i;
+        blocks.push_back(CreateBlock());
+        blocks.back()->save_tag = 1;
+        std::static_pointer_cast<BlockInterface>(blocks.back()->interface)->counter = i;
     }
 
-    auto start = std::chrono::steady_clock::now();
-    ServerSideEntity::UnloadAllEntities();
-    double saveSeconds = SecondsSince(start);
-    uintmax_t bytes = BytesIn(world.folder / "entities");
-
-    start = std::chrono::steady_clock::now();
-    ServerSideEntity::LoadAllEntities();
-    double loadSeconds = SecondsSince(start);
-
-    size_t loaded = LivingEntities();
+    double saveSeconds = 0.0, autosaveSeconds = 0.0, loadSeconds = 0.0;
+    size_t written = 0, loaded = 0;
+    uintmax_t bytes = 0;
     {
-        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
-        ServerSideEntity::_sharedObjects.clear();
+        game::entity::SavedWorld saved;
+        auto start = std::chrono::steady_clock::now();
+        if (!saved.Save())
+            return 1;
+        saveSeconds = SecondsSince(start);
+
+        for (unsigned long i = 0; i < moved && i < n; ++i)
+            blocks[i * (n / std::max(moved, 1ul))]->position.x += 1.0;
+        blocks.clear();
+        auto before = std::filesystem::file_time_type::clock::now();
+        start = std::chrono::steady_clock::now();
+        if (!saved.Save())
+            return 1;
+        autosaveSeconds = SecondsSince(start);
+        written = WrittenSince(entities, before);
+        saved.Close(false);
+        bytes = BytesIn(entities);
+
+        start = std::chrono::steady_clock::now();
+        saved.Load();
+        loadSeconds = SecondsSince(start);
+        loaded = LivingEntities();
+        saved.Close(false);
     }
     ServerSideEntity::_registered_interfaces.erase(kModule);
 
@@ -111,26 +138,29 @@ int Run(unsigned long n) {
         std::cerr << "saved " << n << " entities but " << loaded << " came back" << std::endl;
         return 1;
     }
-    std::cout << "{\"n\": " << n << ", \"save_s\": " << saveSeconds << ", \"load_s\": " << loadSeconds
-              << ", \"bytes\": " << bytes << "}" << std::endl;
+    std::cout << "{\"n\": " << n << ", \"save_s\": " << saveSeconds << ", \"moved\": " << moved
+              << ", \"autosave_s\": " << autosaveSeconds << ", \"written\": " << written
+              << ", \"load_s\": " << loadSeconds << ", \"bytes\": " << bytes << "}" << std::endl;
     return 0;
 }
 
 }
 
 int main(int argc, char** argv) {
-    unsigned long n = 10000;
+    unsigned long n = 10000, moved = 100;
     for (int i = 1; i < argc; ++i) {
         std::string argument = argv[i];
         if (argument == "--n" && i + 1 < argc) {
             n = std::stoul(argv[++i]);
+        } else if (argument == "--moved" && i + 1 < argc) {
+            moved = std::stoul(argv[++i]);
         } else {
-            std::cerr << "usage: " << argv[0] << " [--n N]" << std::endl;
+            std::cerr << "usage: " << argv[0] << " [--n N] [--moved M]" << std::endl;
             return 2;
         }
     }
     try {
-        return Run(n);
+        return Run(n, moved);
     } catch (std::exception const& error) {
         std::cerr << error.what() << std::endl;
         return 1;

@@ -5,6 +5,7 @@
 #include "engine/filesystem/AtomicFileBatch.h"
 #include "game/Game.h"
 #include "game/entity/EntityConfig.h"
+#include "game/entity/SavedWorld.h"
 #include "game/entity/ServerSideEntityInterface.h"
 
 #include <filesystem>
@@ -56,7 +57,7 @@ void ServerSideEntity::Construct() {
 
 ServerSideEntity::~ServerSideEntity() {
     interface.reset();
-    if (delete_save_on_destroy) {
+    if (delete_save_on_destroy && !SavedWorld::RemoveWithNextSave(GetStateSaveFile())) {
         std::error_code ignored;
         std::filesystem::remove(GetStateSaveFile(), ignored);
     }
@@ -135,34 +136,75 @@ glm::dmat4 ServerSideEntity::GetTransformInPhysicsParent() const {
 // ---- The world -----------------------------------------------------------------------------------------------------
 
 void ServerSideEntity::UnloadAllEntities() {
-    std::vector<std::shared_ptr<ServerSideEntity>> unloaded;  // destroyed after the lock is released
-    std::unique_lock lock(_sharedObjectsMutex);
-    quorl::filesystem::AtomicFileBatch saves;
-    for (auto const& [id, entity] : _sharedObjects) {
-        if (!entity || entity->save_tag == 0 || entity->is_component)
-            continue;
-        saves.Add(entity->GetStateSaveFile(), entity->SaveState());
-        entity->delete_save_on_destroy = false;
+    {
+        std::unique_lock lock(_sharedObjectsMutex);
+        quorl::filesystem::AtomicFileBatch saves;
+        // Marked before any is written, so that a save that fails half-way deletes none of their old files.
+        for (auto const& [id, entity] : _sharedObjects)
+            if (entity && entity->save_tag != 0 && !entity->is_component)
+                entity->delete_save_on_destroy = false;
+        for (auto const& [id, entity] : _sharedObjects)
+            if (entity && entity->save_tag != 0 && !entity->is_component)
+                saves.Add(entity->GetStateSaveFile(), entity->SaveState());
+        saves.Commit();
     }
-    saves.Commit();
-    unloaded.reserve(_sharedObjects.size());
+    DropAllEntities();
+}
+
+void ServerSideEntity::DropAllEntities() {
+    std::vector<std::shared_ptr<ServerSideEntity>> dropped;  // destroyed after the lock is released
+    std::unique_lock lock(_sharedObjectsMutex);
+    dropped.reserve(_sharedObjects.size());
     for (auto& [id, entity] : _sharedObjects)
-        unloaded.push_back(std::move(entity));
+        dropped.push_back(std::move(entity));
     _sharedObjects.clear();
     // The weak pointers' control blocks were made by the modules' code; none may outlive its module's library.
     std::lock_guard modules(_module_entities_mutex);
     _module_entities.clear();
 }
 
-void ServerSideEntity::LoadAllEntities() {
+namespace {
+
+/// Calls `load` with the path of every state file of the current world, in the directory's order.
+template <class Load>
+void ForEachStateFile(Load&& load) {
     std::filesystem::path folder = "../Meridon-data/server/worlds/" + Game::_current_world + "/entities";
     if (!std::filesystem::exists(folder))
         return;
-    for (auto const& file : std::filesystem::directory_iterator(folder)) {
-        if (!file.is_regular_file() || file.path().extension() != ".entitystate")
-            continue;
-        Interface::Create(Id(file.path().stem().string()));
-    }
+    for (auto const& file : std::filesystem::directory_iterator(folder))
+        if (file.is_regular_file() && file.path().extension() == ".entitystate")
+            load(file.path());
+}
+
+}
+
+void ServerSideEntity::LoadAllEntities() {
+    ForEachStateFile([](std::filesystem::path const& file) { Interface::Create(Id(file.stem().string())); });
+}
+
+void ServerSideEntity::LoadAllEntities(LoadReport const& afterEach) {
+    ForEachStateFile([&](std::filesystem::path const& file) {
+        std::exception_ptr failure;
+        try {
+            Id id(file.stem().string());
+            try {
+                Interface::Create(id);
+            } catch (...) {
+                failure = std::current_exception();
+                // An interface that threw in ReadState or Start leaves its entity in the table, half made: it must
+                // not be saved over the file it came from.
+                if (auto halfMade = Get(id)) {
+                    halfMade->delete_save_on_destroy = false;
+                    halfMade.reset();
+                    std::unique_lock lock(_sharedObjectsMutex);
+                    _sharedObjects.erase(id);
+                }
+            }
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        afterEach(file, failure);
+    });
 }
 
 }

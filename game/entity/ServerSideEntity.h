@@ -8,6 +8,8 @@
 
 #include <glm/mat3x3.hpp>
 
+#include <exception>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -38,7 +40,8 @@ public:
     ServerSideEntity(quorl::modular::ModuleID const& module, std::string const& type, Id id);
     /// A saved entity, read from its state file; `out` receives the interface's block. Throws the save-file errors.
     ServerSideEntity(Id id, quorl::filesystem::ReadOnlyStream& out);
-    /// Releases the interface, then removes the state file if delete_save_on_destroy is set.
+    /// Releases the interface, then removes the state file if delete_save_on_destroy is set: at once, or with the
+    /// next save of the open world (SavedWorld).
     ~ServerSideEntity() override;
     ServerSideEntity(ServerSideEntity const&) = delete;
     ServerSideEntity& operator=(ServerSideEntity const&) = delete;
@@ -72,8 +75,15 @@ public:
     /// Saves every entity with a non-zero save_tag that is no component, then empties the table. The files are
     /// replaced together, so that a crash leaves each one old or new.
     static void UnloadAllEntities();
-    /// Restores every entity of the current world's "entities" folder.
+    /// Empties the table without saving; entities marked delete_save_on_destroy take their files along.
+    static void DropAllEntities();
+    /// Restores every entity of the current world's "entities" folder. The first file that fails (a name that is no
+    /// id, a bad file, an interface that throws) stops the load with its exception.
     static void LoadAllEntities();
+    /// Called after each state file with null, or with what failed: the entity is then not in the table.
+    using LoadReport = std::function<void(std::filesystem::path const& file, std::exception_ptr failure)>;
+    /// Restores every entity of the current world's "entities" folder, going on past a file that fails.
+    static void LoadAllEntities(LoadReport const& afterEach);
 
     /// "../Meridon-data/server/worlds/<world>/entities/<id>.entitystate"
     std::string GetStateSaveFile() const;

@@ -19,6 +19,11 @@ struct CounterState {
         return state;
     }
 
+    /// The note of a counter of this generation; its length changes with the generation, so a torn file shows.
+    static std::string Pattern(uint64_t generation) {
+        return std::string(300 + generation % 50, static_cast<char>('a' + generation % 26));
+    }
+
     /// Sets the state by the interface's own ReadState.
     void Into(game::entity::ServerSideEntity& entity) const {
         quorl::filesystem::WriteOnlyStream written;

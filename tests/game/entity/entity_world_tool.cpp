@@ -5,12 +5,17 @@
 //   entity_world_tool counters WORLD N  make and save N counters
 //   entity_world_tool churn WORLD    load, bump and save the world's counters, forever
 //   entity_world_tool verify WORLD N load the world; exit 0 when it holds N whole, consistent counters
+//   entity_world_tool reopen WORLD N open the world as a server does (its lock, an interrupted save finished) and
+//                                    load it; exit 0 when it holds N whole counters, all of one generation: one save
 
 #include "tests/support/EntityState.h"
 #include "tests/support/EntityWorld.h"
 
+#include "game/entity/SavedWorld.h"
+
 #include <algorithm>
 #include <iostream>
+#include <set>
 #include <sstream>
 
 using game::entity::Id;
@@ -51,11 +56,6 @@ std::shared_ptr<ServerSideEntity> Make(std::string const& type) {
     return entity;
 }
 
-/// The note a counter of this generation carries; its length changes with the generation, so a torn file shows.
-std::string Pattern(uint64_t generation) {
-    return std::string(300 + generation % 50, static_cast<char>('a' + generation % 26));
-}
-
 int Save() {
     auto crate = Make("crate");
     crate->position = {1.0 / 3.0, -7.5, 6.02214076e23};
@@ -90,7 +90,7 @@ int Load() {
 
 int Counters(int count) {
     for (int i = 0; i < count; ++i)
-        CounterState{0, Pattern(0)}.Into(*Make("counter"));
+        CounterState{0, CounterState::Pattern(0)}.Into(*Make("counter"));
     ServerSideEntity::UnloadAllEntities();
     return 0;
 }
@@ -100,7 +100,7 @@ int Counters(int count) {
         ServerSideEntity::LoadAllEntities();
         ServerSideEntity::ForEach([](auto const& entity) {
             auto state = CounterState::Of(*entity);
-            CounterState{state.updates + 1, Pattern(state.updates + 1)}.Into(*entity);
+            CounterState{state.updates + 1, CounterState::Pattern(state.updates + 1)}.Into(*entity);
             entity->save_tag = 1;
         });
         ServerSideEntity::UnloadAllEntities();
@@ -112,7 +112,7 @@ int Verify(int count) {
     int whole = 0;
     ServerSideEntity::ForEach([&](auto const& entity) {
         auto state = CounterState::Of(*entity);
-        if (state.note == Pattern(state.updates))
+        if (state.note == CounterState::Pattern(state.updates))
             ++whole;
         else
             std::cout << entity->id.String() << " generation " << state.updates << " has a foreign note\n";
@@ -121,11 +121,29 @@ int Verify(int count) {
     return whole == count && ServerSideEntity::_sharedObjects.size() == size_t(count) ? 0 : 1;
 }
 
+int Reopen(int count) {
+    game::entity::SavedWorld world;
+    world.Load();
+    std::set<uint64_t> generations;
+    int whole = 0;
+    ServerSideEntity::ForEach([&](auto const& entity) {
+        auto state = CounterState::Of(*entity);
+        whole += state.note == CounterState::Pattern(state.updates);
+        generations.insert(state.updates);
+    });
+    std::cout << whole << " of " << count << " counters whole, in " << generations.size() << " generation(s)";
+    if (!generations.empty())
+        std::cout << " from " << *generations.begin() << " to " << *generations.rbegin();
+    std::cout << '\n';
+    return whole == count && generations.size() == 1 && ServerSideEntity::_sharedObjects.size() == size_t(count) ? 0
+                                                                                                                 : 1;
+}
+
 }
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::cerr << "usage: entity_world_tool save|load|churn|verify WORLD [COUNT]\n";
+        std::cerr << "usage: entity_world_tool save|load|counters|churn|verify|reopen WORLD [COUNT]\n";
         return 2;
     }
     std::string mode = argv[1];
@@ -142,6 +160,8 @@ int main(int argc, char** argv) {
             Churn();
         if (mode == "verify")
             return Verify(count);
+        if (mode == "reopen")
+            return Reopen(count);
     } catch (std::exception const& error) {
         std::cout << "error: " << error.what() << std::endl;
         return 1;

@@ -1,12 +1,14 @@
 // TEST_entities: a content module that registers entity types whose interfaces keep state of their own, for the
-// entity and save tests. Types: "counter" (no config; counts its updates), and "crate" and "door" with the bundled
-// configs. The same types are registered on the client side, with an interface that does nothing.
+// entity and save tests. Types: "counter" (no config; counts its updates), "saved_counter" (a counter that marks
+// itself to be saved and writes a note whose length follows its count, so a torn file shows), "kept" (marks itself
+// to be saved and never changes), and "crate" and "door" with the bundled configs. The same types are registered on the client side, with an interface that does nothing.
 
 #include "modules/ModuleApi.h"
 
 #include "game/entity/ClientSideEntity.h"
 #include "game/entity/EntityConfig.h"
 #include "game/entity/ServerSideEntityInterface.h"
+#include "tests/support/EntityState.h"
 
 using game::entity::ClientSideEntity;
 using game::entity::EntityConfig;
@@ -38,10 +40,31 @@ public:
     std::string note;
 };
 
+/// Saved at every save, with a state that changes at every update.
+class SavedCounterInterface : public CounterInterface {
+public:
+    void Start() override {
+        if (auto living = entity.lock())
+            living->save_tag = 1;
+    }
+    void Update(double) override { note = CounterState::Pattern(++updates); }
+};
+
+/// Saved at every save, and the same at every save.
+class KeptInterface : public CounterInterface {
+public:
+    void Start() override {
+        if (auto living = entity.lock())
+            living->save_tag = 1;
+    }
+    void Update(double) override {}
+};
+
 /// The type on both sides, sharing one config as a game that hosts its own server does.
+template <class Behaviour = CounterInterface>
 void Register(std::string const& type, std::shared_ptr<EntityConfig> config) {
     ServerSideEntity::_registered_interfaces[kModule][type] = ServerSideEntity::EntityTypeDef{
-        quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<CounterInterface>(); }};
+        quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<Behaviour>(); }};
     ClientSideEntity::_registered_interfaces[kModule][type] = ClientSideEntity::EntityTypeDef{
         quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<ClientSideEntity::Interface>(); }};
 }
@@ -50,6 +73,8 @@ void Register(std::string const& type, std::shared_ptr<EntityConfig> config) {
 
 extern "C" void Load() {
     Register("counter", nullptr);
+    Register<SavedCounterInterface>("saved_counter", nullptr);
+    Register<KeptInterface>("kept", nullptr);
     Register("crate", std::make_shared<EntityConfig>(MERIDON_CONTENT_DIR "/entities/crate.entity"));
     Register("door", std::make_shared<EntityConfig>(MERIDON_CONTENT_DIR "/entities/door.entity"));
     ServerSideEntity::_registered_items[kModule].insert("crowbar");
