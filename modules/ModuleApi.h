@@ -15,6 +15,11 @@
 //     ModuleSetCustomPtr(pointer) / ModuleGetCustomPtr()  a pointer the launcher or other modules may exchange.
 //
 // Hooks run on the launcher's loop threads, under the shared side of their class's registry lock.
+//
+// A hook may throw. The call passes it on as a modules::HookError whose message names the module and the hook
+// ("module VENDOR_name, hook Game_Update: " and what was thrown), and the launcher then stops the game the ordinary
+// way and exits with status 1. A ModuleLoad that throws fails the load; what ModuleUnload throws is reported on
+// standard error, as the library closes all the same.
 
 #include "modules/GAME_Init.h"
 #include "modules/GAME_Mod.h"

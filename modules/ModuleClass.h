@@ -3,7 +3,9 @@
 #include "engine/SharedMutex.h"
 #include "engine/modular/ModuleID.h"
 #include "game/Export.h"
+#include "modules/HookError.h"
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -23,6 +25,7 @@ namespace modules {
 /// The one shape shared by the four module classes: a plug-in library opened from
 /// "modules/<name>/<name>.<CLASS>.so", its hooks fetched by symbol into nullable function pointers, and a
 /// registry per class. `Self` is the module class, `Hooks` its hook table. Every hook may be null; call sites test it.
+/// Whatever a hook throws leaves its call as a HookError naming the module and the hook.
 ///
 /// Locking: hooks run under the shared side of the registry lock, ModuleLoad and the load and unload callbacks
 /// under the exclusive side. A hook must not load or unload a module of its own class, nor may ModuleLoad call
@@ -44,13 +47,14 @@ public:
     /// Last write of the file in milliseconds of the file clock; 0.0 when there was no file.
     double file_time = 0.0;
     void* handle = nullptr;
-    /// Why dlopen failed; null for an open module.
+    /// Why the module did not open: dlopen's error, or what its ModuleLoad threw; null for an open module.
     char const* error = nullptr;
 
-    /// Called once when the library has been opened, and once before it is closed.
+    /// Called once when the library has been opened, and once before it is closed. A ModuleLoad that throws fails
+    /// the load, and its module is not unloaded; what ModuleUnload throws is written to standard error.
     void (*ModuleLoad)() = nullptr;
     void (*ModuleUnload)() = nullptr;
-    /// The module's place in a sorted list: lower comes first. Read by the launcher's comparator.
+    /// The module's place in a sorted list: lower comes first. Asked by the launcher, once per list, before it sorts.
     int (*ModuleSort)(char const* listName) = nullptr;
     /// A pointer the launcher or another module may hand to this module, and read back.
     void (*ModuleSetCustomPtr)(void* pointer) = nullptr;
@@ -70,6 +74,9 @@ public:
     static size_t Count();
     /// The exclusive side of the registry lock, already held: nothing loads or iterates until it is released.
     static std::unique_lock<quorl::SharedMutex> GetLock();
+    /// How often ModuleLoad or ModuleUnload of this class has thrown in this process: neither can throw on, so this
+    /// count is how a caller learns of them.
+    static size_t LifecycleHookErrors();
 
     /// Calls `function` for every loaded module, in the registry's own order.
     static void ForEachModule(std::function<void(Ptr&)> const& function);
@@ -84,24 +91,41 @@ public:
     static void ModulesSetUnloadCallback(std::function<void(Ptr)> const& callback);
     static void ModulesSetLoadErrorCallback(std::function<void(char const*)> const& callback);
 
-    /// Calls one hook of every module that has it: CallHooks(&GAME_Mod::Game_Start).
+    /// Calls one hook of this module, which must be set: module->CallHook(&GAME_Mod::ModuleSort, "update"). What
+    /// the hook throws leaves as a HookError naming this module and the hook.
+    template <class Owner, class Hook, class... Arguments>
+    auto CallHook(Hook Owner::*hook, Arguments... arguments) {
+        try {
+            return (this->*hook)(arguments...);
+        } catch (...) {
+            RethrowAsHookError(name, HookName(&(this->*hook)));
+        }
+    }
+    /// Calls one hook of every module that has it: CallHooks(&GAME_Mod::Game_Start). The first throw ends the walk.
     template <class Hook, class... Arguments>
     static void CallHooks(Hook Hooks::*hook, Arguments... arguments) {
         ForEachModule([&](Ptr& module) {
-            if (auto function = (*module).*hook)
-                function(arguments...);
+            if ((*module).*hook)
+                module->CallHook(hook, arguments...);
         });
     }
-    /// Calls one hook of every module of a sorted list, in list order.
+    /// Calls one hook of every module of a sorted list, in list order. The first throw ends the walk.
     template <class Hook, class... Arguments>
     static void CallSortedHooks(char const* listName, Hook Hooks::*hook, Arguments... arguments) {
         ForEachSortedModule(listName, [&](Ptr& module) {
-            if (auto function = (*module).*hook)
-                function(arguments...);
+            if ((*module).*hook)
+                module->CallHook(hook, arguments...);
         });
     }
 
 private:
+    /// Calls `visit(field, symbol)` for every hook field of the module, the class's table and the five that every
+    /// class has: the one list of symbols that both fetching and naming hooks read.
+    template <class Visit>
+    void ForEachHookField(Visit&& visit);
+    /// The symbol of the hook field at `field`.
+    char const* HookName(void const* field);
+
     std::string _errorText;
 
     static std::unordered_map<std::string, Ptr> _loadedModules;
@@ -110,6 +134,7 @@ private:
     static std::function<void(Ptr)> _modulesUnloadCallback;
     static std::function<void(char const*)> _modulesLoadErrorCallback;
     static quorl::SharedMutex _mutexForLoadedModules;
+    static std::atomic<size_t> _lifecycleHookErrors;
 };
 
 }

@@ -31,6 +31,8 @@ std::function<void(char const*)> ModuleClass<Self, Hooks>::_modulesLoadErrorCall
 };
 template <class Self, class Hooks>
 quorl::SharedMutex ModuleClass<Self, Hooks>::_mutexForLoadedModules;
+template <class Self, class Hooks>
+std::atomic<size_t> ModuleClass<Self, Hooks>::_lifecycleHookErrors = 0;
 
 // ---- One module ----------------------------------------------------------------------------------------------
 
@@ -53,25 +55,59 @@ ModuleClass<Self, Hooks>::ModuleClass(std::string const& name, std::string const
         return;
     }
 
-    auto fetch = [this](auto& slot, char const* symbol) {
+    ForEachHookField([this](auto& slot, char const* symbol) {
         slot = reinterpret_cast<std::remove_reference_t<decltype(slot)>>(dlsym(handle, symbol));
-    };
-    this->FetchHooks(fetch);
-    fetch(ModuleLoad, "ModuleLoad");
-    fetch(ModuleUnload, "ModuleUnload");
-    fetch(ModuleSort, "ModuleSort");
-    fetch(ModuleSetCustomPtr, "ModuleSetCustomPtr");
-    fetch(ModuleGetCustomPtr, "ModuleGetCustomPtr");
-    if (ModuleLoad)
-        ModuleLoad();
+    });
+    if (!ModuleLoad)
+        return;
+    try {
+        CallHook(&ModuleClass::ModuleLoad);
+        return;
+    } catch (HookError const& failure) {
+        _errorText = failure.what();
+    }
+    // A module whose start failed did not open: nothing of it is called again, ModuleUnload included.
+    ++_lifecycleHookErrors;
+    error = _errorText.c_str();
+    ModuleUnload = nullptr;
+    dlclose(handle);
+    handle = nullptr;
 }
 
 template <class Self, class Hooks>
 ModuleClass<Self, Hooks>::~ModuleClass() {
-    if (ModuleUnload)
-        ModuleUnload();
+    if (ModuleUnload) {
+        try {
+            CallHook(&ModuleClass::ModuleUnload);
+        } catch (HookError const& failure) {
+            // A destructor may not throw; the library is closed all the same.
+            ++_lifecycleHookErrors;
+            std::cerr << "Module '" << path << "' failed to unload with error: " << failure.what() << std::endl;
+        }
+    }
     if (handle)
         dlclose(handle);
+}
+
+template <class Self, class Hooks>
+template <class Visit>
+void ModuleClass<Self, Hooks>::ForEachHookField(Visit&& visit) {
+    this->FetchHooks(visit);
+    visit(ModuleLoad, "ModuleLoad");
+    visit(ModuleUnload, "ModuleUnload");
+    visit(ModuleSort, "ModuleSort");
+    visit(ModuleSetCustomPtr, "ModuleSetCustomPtr");
+    visit(ModuleGetCustomPtr, "ModuleGetCustomPtr");
+}
+
+template <class Self, class Hooks>
+char const* ModuleClass<Self, Hooks>::HookName(void const* field) {
+    char const* found = "unknown hook";
+    ForEachHookField([&](auto& slot, char const* symbol) {
+        if (static_cast<void const*>(&slot) == field)
+            found = symbol;
+    });
+    return found;
 }
 
 // ---- Loading -------------------------------------------------------------------------------------------------
@@ -151,6 +187,11 @@ size_t ModuleClass<Self, Hooks>::Count() {
 template <class Self, class Hooks>
 std::unique_lock<quorl::SharedMutex> ModuleClass<Self, Hooks>::GetLock() {
     return std::unique_lock(_mutexForLoadedModules);
+}
+
+template <class Self, class Hooks>
+size_t ModuleClass<Self, Hooks>::LifecycleHookErrors() {
+    return _lifecycleHookErrors;
 }
 
 template <class Self, class Hooks>
