@@ -17,6 +17,7 @@ Runs the game from the current folder, which holds modules/ and game/.
   --ticks N          quit after N server ticks
   --seconds S        quit after S seconds
   --server-hz HZ     server ticks per second (0: as fast as possible)
+  --autosave MINUTES minutes between autosaves of the world (0: none; default 5)
   --screenshot PATH  save the last frame as a PNG when the run ends
   --validation       turn on the Vulkan validation layers and report what they find
   --verbose          report what was loaded, and the status line even off a terminal
@@ -81,14 +82,14 @@ std::optional<int> ApplyCommandLine(int argc, char** argv, LauncherConfig& confi
                 return 2;
             if (!ParseNumber(text, config.ticks))
                 return badValue(text);
-        } else if (option == "--seconds" || option == "--server-hz") {
+        } else if (option == "--seconds" || option == "--server-hz" || option == "--autosave") {
             char const* text = value();
             if (!text)
                 return 2;
             double number = 0.0;
             if (!ParseNumber(text, number))
                 return badValue(text);
-            (option == "--seconds" ? config.seconds : config.serverHz) = number;
+            (option == "--seconds" ? config.seconds : option == "--server-hz" ? config.serverHz : config.autosaveMinutes) = number;
         } else {
             std::cerr << "meridon: unknown option '" << option << "'\n" << kUsage;
             return 2;

@@ -23,6 +23,7 @@ void LauncherConfig::ReadFile(std::string const& path) {
     std::string moduleList, modList;
     float render = static_cast<float>(renderHz), game = static_cast<float>(gameHz);
     float input = static_cast<float>(inputHz), serverRate = static_cast<float>(serverHz);
+    float autosave = static_cast<float>(autosaveMinutes);
     file.ReadFromINI("launcher",
                      {
                          ConfigFile::Conf(&file, "modules", &moduleList, ConfigFile::CONF_STRING),
@@ -33,6 +34,7 @@ void LauncherConfig::ReadFile(std::string const& path) {
                          ConfigFile::Conf(&file, "input_hz", &input, ConfigFile::CONF_FLOAT),
                          ConfigFile::Conf(&file, "server_hz", &serverRate, ConfigFile::CONF_FLOAT),
                          ConfigFile::Conf(&file, "server_substeps", &serverSubsteps, ConfigFile::CONF_INT),
+                         ConfigFile::Conf(&file, "autosave_minutes", &autosave, ConfigFile::CONF_FLOAT),
                      },
                      true);
     modules = SplitNames(moduleList);
@@ -41,4 +43,5 @@ void LauncherConfig::ReadFile(std::string const& path) {
     gameHz = game;
     inputHz = input;
     serverHz = serverRate;
+    autosaveMinutes = autosave;
 }

@@ -20,6 +20,8 @@ struct LauncherConfig {
     double inputHz = 120.0;
     double serverHz = 30.0;
     int serverSubsteps = 4;
+    /// Minutes between autosaves of the world, fractions allowed; 0 turns autosave off.
+    double autosaveMinutes = 5.0;
     /// Quit after this many server ticks (game passes when not hosting); 0 runs until asked to quit.
     long ticks = 0;
     /// Quit after this many seconds; 0 runs until asked to quit.

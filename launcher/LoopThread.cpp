@@ -9,6 +9,10 @@ LoopThread::LoopThread(std::string name, double hz, quorl::FPSCounter& counter, 
     : _name(std::move(name)), _hz(hz), _counter(counter), _body(std::move(body)), _thread([this] { Run(); }) {}
 
 LoopThread::~LoopThread() {
+    // Not joined yet: the owner is leaving by an exception while the game may still run. Without the quit the loop
+    // would never end, and the join would hang with the quit signals blocked.
+    if (_thread.joinable())
+        Game::Quit();
     Join();
 }
 

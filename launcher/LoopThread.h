@@ -9,7 +9,8 @@
 
 /// One of the game's loops on a thread of its own: runs `body` at `hz` passes per second, ticking `counter`, while
 /// Game::isActive holds and `body` returns true. An exception from the body is reported, marks the loop failed and
-/// quits the game, so that one broken loop brings the process down in order instead of hanging the others.
+/// quits the game, so that one broken loop brings the process down in order instead of hanging the others. A loop
+/// destroyed before it was joined quits the game too.
 class LoopThread {
 public:
     using Body = std::function<bool(double deltaSeconds)>;

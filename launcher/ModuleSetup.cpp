@@ -6,6 +6,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <unordered_map>
 
 namespace {
 
@@ -23,13 +24,15 @@ int LoadIfPresent(std::string const& name, bool verbose, bool& failed) {
     return 1;
 }
 
-int SortPlace(GAME_Mod::Ptr const& module, char const* listName) {
-    return module->ModuleSort ? module->ModuleSort(listName) : 0;
+/// ModuleLoad and ModuleUnload throws of the three classes the launcher loads, so far.
+size_t LifecycleHookErrors() {
+    return GAME_Init::LifecycleHookErrors() + GAME_Mod::LifecycleHookErrors() + SERVER_Mod::LifecycleHookErrors();
 }
 
 }
 
-bool LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedServer, bool verbose) {
+int LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedServer, bool verbose) {
+    size_t const hookErrorsBefore = LifecycleHookErrors();
     bool failed = false;
     for (auto const& name : names) {
         int found = LoadIfPresent<SERVER_Mod>(name, verbose, failed);
@@ -41,22 +44,33 @@ bool LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedSe
             failed = true;
         }
     }
-    return !failed;
+    // A module that threw on loading is a failure of the run, like any hook's; one that is missing is a mistake in
+    // what was asked for.
+    if (LifecycleHookErrors() != hookErrorsBefore)
+        return 1;
+    return failed ? 2 : 0;
 }
 
 void SortGameModules() {
     // Each module says where it belongs in each list; the name breaks ties, so the order is the same every run
-    // (the registry itself is unordered).
+    // (the registry itself is unordered). Every module is asked once per list before sorting, even when alone in
+    // it, so a ModuleSort that throws always does so, and never from inside a sort.
     for (char const* listName : {"update", "render", "post", "overlay", "ui"}) {
-        GAME_Mod::SortModules(listName, [listName](GAME_Mod::Ptr a, GAME_Mod::Ptr b) {
-            int placeA = SortPlace(a, listName), placeB = SortPlace(b, listName);
+        std::unordered_map<GAME_Mod const*, int> places;
+        GAME_Mod::ForEachModule([&](GAME_Mod::Ptr& module) {
+            places[module.get()] = module->ModuleSort ? module->CallHook(&GAME_Mod::ModuleSort, listName) : 0;
+        });
+        GAME_Mod::SortModules(listName, [&places](GAME_Mod::Ptr a, GAME_Mod::Ptr b) {
+            int placeA = places[a.get()], placeB = places[b.get()];
             return placeA != placeB ? placeA < placeB : a->name < b->name;
         });
     }
 }
 
-void UnloadLauncherModules() {
+bool UnloadLauncherModules() {
+    size_t const hookErrorsBefore = LifecycleHookErrors();
     SERVER_Mod::UnloadModules();
     GAME_Mod::UnloadModules();
     GAME_Init::UnloadModules();
+    return LifecycleHookErrors() == hookErrorsBefore;
 }

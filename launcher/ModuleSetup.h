@@ -5,12 +5,14 @@
 
 /// Loads the named modules as GAME_Init, GAME_Mod and SERVER_Mod, whichever libraries each folder holds (SERVER_Mod
 /// only for a dedicated server). A broken library is reported by the load-error callback; a name with no library of
-/// any of those classes is reported here. Returns false if anything named could not be loaded.
-bool LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedServer, bool verbose);
+/// any of those classes is reported here. Returns the launcher's exit status when anything named could not be
+/// loaded: 1 when a module's ModuleLoad threw, else 2; 0 when all loaded.
+int LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedServer, bool verbose);
 
 /// Sorts the GAME_Mod lists "update", "render", "post", "overlay" and "ui": by each module's ModuleSort answer for
-/// the list, lower first (0 when it has none), then by name.
+/// the list, lower first (0 when it has none), then by name. A ModuleSort that throws leaves as a HookError.
 void SortGameModules();
 
-/// Closes every module the launcher loaded, after Game::Stop.
-void UnloadLauncherModules();
+/// Closes every module the launcher loaded, after Game::Stop. False when a ModuleUnload threw (it is reported on
+/// standard error).
+bool UnloadLauncherModules();

@@ -11,7 +11,7 @@
 #include "game/Game.h"
 #include "game/GameSettings.h"
 #include "game/graphics/GameRenderer.h"
-#include "game/entity/ServerSideEntity.h"
+#include "game/entity/SavedWorld.h"
 #include "game/input/Joystick.h"
 #include "modules/GAME_Init.h"
 #include "modules/SERVER_Mod.h"
@@ -41,10 +41,6 @@ sigset_t BlockQuitSignals() {
     return quitSignals;
 }
 
-void CreateWorldFolders(std::string const& world) {
-    std::filesystem::create_directories("../Meridon-data/server/worlds/" + world + "/entities");
-}
-
 /// The player's settings, beside the worlds in the data folder; a first run writes them with every default.
 constexpr char kSettingsFolder[] = "../Meridon-data/client";
 constexpr char kSettingsFile[] = "../Meridon-data/client/settings.ini";
@@ -65,7 +61,7 @@ void UpdateJoysticks() {
         joystick->InputUpdate();
 }
 
-std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config) {
+std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config, game::entity::SavedWorld& world) {
     std::vector<std::unique_ptr<LoopThread>> loops;
     auto ticksLeft = std::make_shared<std::atomic<long>>(config.ticks);
     // With --ticks, the loop that counts quits the game after its last pass.
@@ -98,8 +94,9 @@ std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config
         double step = config.serverHz > 0 ? 1.0 / config.serverHz : 0.0;
         int substeps = config.serverSubsteps;
         loops.push_back(std::make_unique<LoopThread>("server", config.serverHz, Game::serverFramerate,
-                                                     [=](double dt) {
+                                                     [=, &world](double dt) {
                                                          Game::ServerUpdate(step > 0 ? step : dt, substeps);
+                                                         world.AutosaveIfDue();
                                                          countPass();
                                                          return true;
                                                      }));
@@ -183,6 +180,76 @@ void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
         std::cout << std::endl;
 }
 
+/// Runs one step of the game's life. What it throws, a module's hook included, is reported and quits the game, so
+/// that what follows takes the normal way down. False when it threw.
+template <class Step>
+bool Attempt(Step&& step) {
+    try {
+        step();
+        return true;
+    } catch (std::exception const& error) {
+        std::cerr << "meridon: " << error.what() << std::endl;
+    } catch (...) {
+        std::cerr << "meridon: unknown exception" << std::endl;
+    }
+    Game::Quit();
+    return false;
+}
+
+/// The game from its world's folders to Game::Stop. A failure on the way, in a start-up call, a loop or a frame,
+/// quits the game and still takes the whole way down: the loops end and are joined, the world is unloaded, Stop
+/// runs. False when anything failed.
+bool RunGame(LauncherConfig const& config, sigset_t const& quitSignals, quorl::graphics::Window* window,
+             FrameDriver* frames) {
+    // The world is held, checked and recovered before anything plays in it.
+    std::optional<game::entity::SavedWorld> world;
+    try {
+        world.emplace();
+    } catch (std::exception const& error) {
+        std::cerr << "meridon: " << error.what() << std::endl;
+        return false;
+    }
+    world->autosaveSeconds = config.autosaveMinutes * 60.0;
+
+    Game::isActive = true;
+    bool failed = !Attempt([&] {
+        Game::Start();
+        // Content modules have registered their entity types by now, so saved entities find their behaviour.
+        world->Load();
+        SERVER_Mod::CallHooks(&SERVER_Mod::Server_Load, config.world.c_str());
+        Game::Ready();
+        GAME_Init::CallHooks(&GAME_Init::SplashEnd);
+    });
+    if (!failed) {
+        auto loops = StartLoops(config, *world);
+        // A frame that throws is caught here, before the joins: the loops end only once the game is quit.
+        failed = !Attempt([&] {
+            Supervise(config, quitSignals, loops, dynamic_cast<quorl::graphics::WindowGlfw*>(window), frames);
+        });
+        for (auto& loop : loops) {
+            loop->Join();
+            failed |= loop->Failed();
+        }
+        // One more frame, so that even a run shorter than a frame leaves one, with the world as it ended. A run that
+        // failed leaves none: its last frame may be half drawn.
+        if (!failed && !config.screenshot.empty()) {
+            if (!frames)
+                std::cerr << "meridon: no screenshot without a renderer" << std::endl;
+            else if (!Attempt([&] { frames->RenderFrame(); }) || !frames->SaveScreenshot(config.screenshot))
+                failed = true;
+        }
+    }
+
+    // The world closes once nothing runs in it any more, whether or not the run `failed`, and before Stop unloads
+    // the modules whose code its entities' interfaces run.
+    bool saved = false;
+    if (!Attempt([&] { saved = world->Close(failed); }) || !saved)
+        failed = true;
+    if (!Attempt([] { Game::Stop(); }))
+        failed = true;
+    return !failed;
+}
+
 }
 
 int main(int argc, char** argv) {
@@ -197,19 +264,19 @@ int main(int argc, char** argv) {
     Game::_is_server = true;
     Game::_current_world = config.world;
     Game::_mods = config.mods;
-    try {
-        CreateWorldFolders(config.world);
-    } catch (std::exception const& error) {
-        std::cerr << "meridon: cannot create the world folders of '" << config.world << "': " << error.what() << std::endl;
+
+    if (int status = LoadLauncherModules(config.modules, config.server, config.verbose)) {
+        UnloadLauncherModules();
+        return status;
+    }
+    // Nothing has started yet: a module failing here needs only the modules closed again.
+    if (!Attempt([] {
+            SortGameModules();
+            GAME_Init::CallHooks(&GAME_Init::SplashBegin);
+        })) {
+        UnloadLauncherModules();
         return 1;
     }
-
-    if (!LoadLauncherModules(config.modules, config.server, config.verbose)) {
-        UnloadLauncherModules();
-        return 2;
-    }
-    SortGameModules();
-    GAME_Init::CallHooks(&GAME_Init::SplashBegin);
 
     auto window = OpenWindow(config);
     Game::window = window.get();
@@ -224,43 +291,11 @@ int main(int argc, char** argv) {
     if (renderer)
         frames.emplace(*renderer, window.get(), config.renderHz);
 
-    bool failed = false;
-    Game::isActive = true;
-    try {
-        Game::Start();
-        // Content modules have registered their entity types by now, so saved entities find their behaviour.
-        game::entity::ServerSideEntity::LoadAllEntities();
-        SERVER_Mod::CallHooks(&SERVER_Mod::Server_Load, config.world.c_str());
-        Game::Ready();
-        GAME_Init::CallHooks(&GAME_Init::SplashEnd);
-
-        auto loops = StartLoops(config);
-        Supervise(config, quitSignals, loops, dynamic_cast<quorl::graphics::WindowGlfw*>(window.get()),
-                  frames ? &*frames : nullptr);
-        for (auto& loop : loops) {
-            loop->Join();
-            failed |= loop->Failed();
-        }
-        if (!config.screenshot.empty()) {
-            // One more frame, so that even a run shorter than a frame leaves one, with the world as it ended.
-            if (frames) {
-                frames->RenderFrame();
-                failed |= !frames->SaveScreenshot(config.screenshot);
-            }
-            else
-                std::cerr << "meridon: no screenshot without a renderer" << std::endl;
-        }
-        // Entities go before the modules whose code their interfaces run.
-        game::entity::ServerSideEntity::UnloadAllEntities();
-        Game::Stop();
-    } catch (std::exception const& error) {
-        std::cerr << "meridon: " << error.what() << std::endl;
-        failed = true;
-    }
+    bool failed = !RunGame(config, quitSignals, window.get(), frames ? &*frames : nullptr);
     frames.reset();
     Game::renderer = nullptr;
     renderer.reset();
-    UnloadLauncherModules();
+    failed |= !UnloadLauncherModules();
     Game::settings.reset();
     Game::window = nullptr;
     return failed ? 1 : 0;

@@ -45,12 +45,21 @@ ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string 
         _exit(127);
     }
 
-    if (terminateAfter) {
-        std::this_thread::sleep_for(*terminateAfter);
-        kill(child, terminateSignal);
-    }
     int status = 0;
-    waitpid(child, &status, 0);
+    if (terminateAfter) {
+        // A program that ends before the time is up is not signalled, and is not waited for any longer.
+        auto const deadline = std::chrono::steady_clock::now() + *terminateAfter;
+        while (waitpid(child, &status, WNOHANG) == 0) {
+            if (std::chrono::steady_clock::now() >= deadline) {
+                kill(child, terminateSignal);
+                waitpid(child, &status, 0);
+                break;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+    } else {
+        waitpid(child, &status, 0);
+    }
 
     ProcessResult result;
     if (WIFEXITED(status))

@@ -6,7 +6,7 @@
 #include <vector>
 
 /// Runs a program to its end, in `directory`, and keeps what it printed. With `terminateAfter`, sends it
-/// `terminateSignal` once that much time has passed.
+/// `terminateSignal` once that much time has passed, if it is still running then.
 struct ProcessResult {
     int exitCode = -1;
     /// The signal that ended the process, 0 if it exited.
