@@ -4,14 +4,18 @@
 
 #include <stb/stb_image.h>
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 
 namespace {
 
-/// Runs the real launcher in the tests' game tree, where the test modules are.
+/// Runs the real launcher in the tests' game tree, where the test modules are, on a world of the test's own unless
+/// the options name one: a world is held by one server at a time, and tests run side by side.
 ProcessResult Launch(std::vector<std::string> options,
                      std::optional<std::chrono::milliseconds> terminateAfter = std::nullopt) {
+    if (std::find(options.begin(), options.end(), "--world") == options.end())
+        options.insert(options.begin(), {"--world", testing::UnitTest::GetInstance()->current_test_info()->name()});
     options.insert(options.begin(), MERIDON_LAUNCHER);
     return RunProcess(options, std::filesystem::current_path().string(), terminateAfter);
 }
