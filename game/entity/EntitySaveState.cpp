@@ -6,7 +6,7 @@
 
 #include "engine/filesystem/AtomicFileBatch.h"
 #include "engine/filesystem/BinaryFileStream.h"
-#include "game/Game.h"
+#include "game/entity/SavedWorld.h"
 #include "game/entity/ServerSideEntityInterface.h"
 
 #include <cstring>
@@ -39,7 +39,7 @@ bool ReadMark(quorl::filesystem::Stream& stream, char const (&mark)[N]) {
 }
 
 std::string ServerSideEntity::GetStateSaveFile() const {
-    return "../Meridon-data/server/worlds/" + Game::_current_world + "/entities/" + id.String() + ".entitystate";
+    return SavedWorld::Folder() + "/entities/" + id.String() + ".entitystate";
 }
 
 void ServerSideEntity::WriteFields(quorl::filesystem::WriteOnlyStream& stream) const {

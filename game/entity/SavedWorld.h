@@ -46,7 +46,7 @@ public:
     /// succeeded and the world does not close after an error (`afterError`). Returns whether the save succeeded.
     bool Close(bool afterError);
 
-    /// "../Meridon-data/server/worlds/<Game::_current_world>"
+    /// "../Meridon-data/server/worlds/<Game::_current_world>": the one place that says where worlds live.
     static std::string Folder();
     /// For the destruction of an entity: while a world is open, takes the removal of `path` into its next save and
     /// returns true; returns false when no world is open and the caller removes the file itself.

@@ -168,7 +168,7 @@ namespace {
 /// Calls `load` with the path of every state file of the current world, in the directory's order.
 template <class Load>
 void ForEachStateFile(Load&& load) {
-    std::filesystem::path folder = "../Meridon-data/server/worlds/" + Game::_current_world + "/entities";
+    std::filesystem::path folder = SavedWorld::Folder() + "/entities";
     if (!std::filesystem::exists(folder))
         return;
     for (auto const& file : std::filesystem::directory_iterator(folder))

@@ -2,6 +2,7 @@
 
 #include "game/Game.h"
 #include "game/entity/ClientSideEntity.h"
+#include "game/entity/SavedWorld.h"
 #include "game/entity/ServerSideEntityInterface.h"
 #include "modules/MERIDON_Mod.h"
 
@@ -40,7 +41,7 @@ public:
             std::filesystem::remove_all(WorldFolder());
     }
 
-    static std::string WorldFolder() { return "../Meridon-data/server/worlds/" + Game::_current_world; }
+    static std::string WorldFolder() { return game::entity::SavedWorld::Folder(); }
     static std::string EntitiesFolder() { return WorldFolder() + "/entities"; }
     static quorl::modular::ModuleID Module() { return quorl::modular::ModuleID("TEST_entities"); }
 
