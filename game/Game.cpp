@@ -4,6 +4,7 @@
 //   State                 every static member and its initial value
 //   Lifecycle             Start, Ready, Stop, Quit
 //   Loop bodies           Update, ClientUpdate, ServerUpdate (with the ancestor pass), Synchronize
+//   Physics debug view    the server's hand-over into the triple buffer
 
 #include "game/Game.h"
 
@@ -17,7 +18,6 @@
 
 #include <chrono>
 #include <iostream>
-#include <shared_mutex>
 
 // ---- State ---------------------------------------------------------------------------------------------------------
 
@@ -100,11 +100,7 @@ void Game::Stop() {
     MERIDON_Mod::CallHooks(&MERIDON_Mod::Unload);
     MERIDON_Mod::UnloadModules();
     GAME_Mod::CallHooks(&GAME_Mod::Game_Stop);
-    {
-        std::unique_lock lock(game::entity::ClientSideEntity::_sharedObjectsMutex);
-        game::entity::ClientSideEntity::_sharedObjects.clear();
-    }
-    game::entity::ClientSideEntity::_registered_interfaces.clear();
+    game::entity::ClientSideEntity::ClearAll();
     game::graphics::GameRenderer::Cleanup();
 }
 
@@ -123,21 +119,6 @@ void Game::Play() {
 
 // ---- Loop bodies ---------------------------------------------------------------------------------------------------
 
-namespace {
-
-using game::entity::ClientSideEntity;
-
-/// Calls `function` for every living client entity, holding the shared side of the registry for the whole walk.
-template <class Function>
-void ForEachClientEntity(Function&& function) {
-    std::shared_lock lock(ClientSideEntity::_sharedObjectsMutex);
-    for (auto const& [id, stored] : ClientSideEntity::_sharedObjects)
-        if (auto entity = stored)
-            function(*entity);
-}
-
-}
-
 void Game::Update(double) {
     // Smoothed over passes; the first pass sees half the frame time, as the average starts at zero.
     static double avgDeltaTime = 0.0;
@@ -150,10 +131,12 @@ void Game::Update(double) {
         _syncQueue.clear();
     }
 
-    ForEachClientEntity([](ClientSideEntity& entity) { entity.Update(avgDeltaTime); });
+    using game::entity::ClientSideEntity;
+    ClientSideEntity::ForEach([](std::shared_ptr<ClientSideEntity> const& entity) { entity->Update(avgDeltaTime); });
     ClientSideEntity::PhysicsUpdate(avgDeltaTime);
     GAME_Mod::CallSortedHooks("update", &GAME_Mod::Game_Update, avgDeltaTime);
-    ForEachClientEntity([](ClientSideEntity& entity) { entity.AfterUpdate(avgDeltaTime); });
+    ClientSideEntity::ForEach(
+        [](std::shared_ptr<ClientSideEntity> const& entity) { entity->AfterUpdate(avgDeltaTime); });
 }
 
 void Game::ClientUpdate() {
@@ -163,15 +146,6 @@ void Game::ClientUpdate() {
 namespace {
 
 using game::entity::ServerSideEntity;
-
-/// Calls `function` for every living server entity, holding the shared side of the registry for the whole walk.
-template <class Function>
-void ForEachServerEntity(Function&& function) {
-    std::shared_lock lock(ServerSideEntity::_sharedObjectsMutex);
-    for (auto const& [id, stored] : ServerSideEntity::_sharedObjects)
-        if (auto entity = stored)
-            function(*entity);
-}
 
 /// Gathers what an entity takes from its chain of parents: the environment of its last ancestor, and whether some
 /// ancestor is a moving body (`carried`), which keeps the entity from settling. A moving body is one that is
@@ -210,19 +184,19 @@ void Game::ServerUpdate(double dt, int substeps) {
         timestamp = static_cast<double>(nanoseconds.count() / 1000000) * 0.001 + timeOffset;
     }
     SERVER_Mod::CallHooks(&SERVER_Mod::Server_BeforeUpdate, dt);
-    ForEachServerEntity([dt](ServerSideEntity& entity) {
-        if (Started(entity))
-            entity.interface->CallBeforeUpdate(dt);
+    ServerSideEntity::ForEach([dt](std::shared_ptr<ServerSideEntity> const& entity) {
+        if (Started(*entity))
+            entity->interface->CallBeforeUpdate(dt);
     });
-    ForEachServerEntity([dt](ServerSideEntity& entity) {
-        entity.Update(dt);
-        AncestorPass(entity);
+    ServerSideEntity::ForEach([dt](std::shared_ptr<ServerSideEntity> const& entity) {
+        entity->Update(dt);
+        AncestorPass(*entity);
     });
     ServerSideEntity::PhysicsUpdate(dt, substeps);
-    ForEachServerEntity([dt](ServerSideEntity& entity) {
-        AncestorPass(entity);
-        if (Started(entity))
-            entity.interface->CallAfterUpdate(dt);
+    ServerSideEntity::ForEach([dt](std::shared_ptr<ServerSideEntity> const& entity) {
+        AncestorPass(*entity);
+        if (Started(*entity))
+            entity->interface->CallAfterUpdate(dt);
     });
     SERVER_Mod::CallHooks(&SERVER_Mod::Server_GameUpdate, dt);
 }
@@ -230,4 +204,19 @@ void Game::ServerUpdate(double dt, int substeps) {
 void Game::Synchronize(std::function<void()> function) {
     std::lock_guard lock(_syncMutex);
     _syncQueue.push_back(std::move(function));
+}
+
+// ---- Physics debug view --------------------------------------------------------------------------------------------
+
+void Game::PublishPhysicsDebug(
+    std::function<void(std::vector<PhysicsLineDebug>& lines, std::vector<PhysicsColliderDebug>& colliders)> const&
+        fill) {
+    // Filled outside the lock: the render thread waits only for the swap.
+    physicsDebugLines_back.clear();
+    physicsDebugColliders_back.clear();
+    fill(physicsDebugLines_back, physicsDebugColliders_back);
+    std::lock_guard lock(physicsDebugMutex);
+    std::swap(physicsDebugLines_back, physicsDebugLines_staging);
+    std::swap(physicsDebugColliders_back, physicsDebugColliders_staging);
+    physicsDebugCollidersUpdated = true;
 }

@@ -2,8 +2,9 @@
 
 #include "engine/FPSCounter.h"
 #include "game/Export.h"
-#include "game/entity/ConvexMeshCollider.h"
 #include "game/entity/EnvironmentId.h"
+#include "game/physics/DebugCollider.h"
+#include "game/physics/DebugLine.h"
 #include "game/physics/EnvironmentInfo.h"
 
 #include <glm/mat4x4.hpp>
@@ -35,19 +36,9 @@ public:
     Game() = delete;
 
     /// A line the physics debug view draws, in the space of `entity` (world space when it is null or gone).
-    struct PhysicsLineDebug {
-        game::entity::Id entity;
-        glm::vec3 start{0.0f};
-        glm::vec3 end{0.0f};
-        glm::vec4 color{1.0f};
-    };
+    using PhysicsLineDebug = game::physics::DebugLine;
     /// A collider the physics debug view draws, with its transform in world space.
-    struct PhysicsColliderDebug {
-        game::entity::Id entity;
-        game::entity::ConvexMeshCollider collider;
-        /// The collider's body is asleep.
-        bool asleep = false;
-    };
+    using PhysicsColliderDebug = game::physics::DebugCollider;
 
     // ---- Set by the launcher before Start ----------------------------------------------------------------------
     /// Null in a process without a renderer: a dedicated server, which skips every renderer and audio step.
@@ -114,6 +105,11 @@ public:
     static std::vector<PhysicsColliderDebug> physicsDebugColliders_back;
     static std::atomic<bool> physicsDebugCollidersUpdated;
     static std::mutex physicsDebugMutex;
+    /// The server's one way into the buffers above, once at the end of a tick with the debug view on: `fill` gets
+    /// the back buffers emptied, which are then swapped with the staging ones and physicsDebugCollidersUpdated set.
+    static void PublishPhysicsDebug(
+        std::function<void(std::vector<PhysicsLineDebug>& lines, std::vector<PhysicsColliderDebug>& colliders)> const&
+            fill);
 
     // ---- Work for the game loop ----------------------------------------------------------------------------------
     static std::vector<std::function<void()>> _syncQueue;

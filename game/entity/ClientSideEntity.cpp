@@ -16,6 +16,7 @@
 #include <mutex>
 #include <shared_mutex>
 #include <stdexcept>
+#include <vector>
 
 namespace game::entity {
 
@@ -87,6 +88,29 @@ std::shared_ptr<ClientSideEntity> ClientSideEntity::Get(Id const& id) {
     std::shared_lock lock(_sharedObjectsMutex);
     auto found = _sharedObjects.find(id);
     return found == _sharedObjects.end() ? nullptr : found->second;
+}
+
+void ClientSideEntity::ForEach(std::function<void(std::shared_ptr<ClientSideEntity> const&)> const& function) {
+    std::shared_lock lock(_sharedObjectsMutex);
+    for (auto const& [id, entity] : _sharedObjects) {
+        if (!entity)
+            continue;
+        auto copy = entity;
+        function(copy);
+    }
+}
+
+void ClientSideEntity::ClearAll() {
+    std::vector<std::shared_ptr<ClientSideEntity>> dropped;  // destroyed after the lock is released
+    {
+        std::unique_lock lock(_sharedObjectsMutex);
+        dropped.reserve(_sharedObjects.size());
+        for (auto& [id, entity] : _sharedObjects)
+            dropped.push_back(std::move(entity));
+        _sharedObjects.clear();
+    }
+    dropped.clear();
+    _registered_interfaces.clear();
 }
 
 std::shared_ptr<EntityConfig> ClientSideEntity::GetEntityConfig(char const* module, std::string const& type) {
@@ -184,10 +208,7 @@ PlasmaTrailFigures PlasmaTrailFigures::For(double speed, double density, double 
 }
 
 void ClientSideEntity::PhysicsUpdate(double) {
-    std::shared_lock lock(_sharedObjectsMutex);
-    for (auto const& [id, stored] : _sharedObjects)
-        if (auto entity = stored)
-            entity->PhysicsStep();
+    ForEach([](std::shared_ptr<ClientSideEntity> const& entity) { entity->PhysicsStep(); });
 }
 
 void ClientSideEntity::PhysicsStep() {

@@ -71,6 +71,11 @@ public:
                                                     std::string const& type);
     /// The living entity of this id, null when there is none.
     static std::shared_ptr<ClientSideEntity> Get(Id const& id);
+    /// Calls `function` for every living entity under the shared lock: it must not create or remove entities.
+    static void ForEach(std::function<void(std::shared_ptr<ClientSideEntity> const&)> const& function);
+    /// Drops every entity, then every registered type: the end of a session, once no module is left to make more.
+    /// The entities are destroyed after the lock is released.
+    static void ClearAll();
     /// The shared config of a registered type, read on first use; null when the module or the type is unknown.
     static std::shared_ptr<EntityConfig> GetEntityConfig(char const* module, std::string const& type);
     /// The module that registered `name` as a client entity type; the null id when none did.

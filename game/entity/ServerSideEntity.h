@@ -69,7 +69,8 @@ public:
     /// Inertia of a solid box of the entity's size and mass, in world axes.
     glm::dmat3 GetInertiaTensorWorld() const;
 
-    /// One physics tick over every entity: called by the server loop only, with no entity lock held.
+    /// One physics tick over every entity: called by the server loop only, with no entity lock held. Reads
+    /// Game::_environmentFunctions and Game::debugServerSidePhysics once, as it starts.
     static void PhysicsUpdate(double dt, int substeps);
 
     /// Saves every entity with a non-zero save_tag that is no component, then empties the table. The files are

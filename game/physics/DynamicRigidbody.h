@@ -1,7 +1,7 @@
 #pragma once
 
-#include "game/Game.h"
 #include "game/physics/AeroSurface.h"
+#include "game/physics/DebugLine.h"
 #include "game/physics/EnvironmentInfo.h"
 #include "game/physics/Rigidbody.h"
 
@@ -35,11 +35,12 @@ public:
     void RespondToCollision(Collision const& collision, double friction);
 
     /// Finds the surfaces that air or fluid push on, for this tick's motion.
-    void ComputeAerodynamicSurfaces(EnvironmentFunction& environment);
+    void ComputeAerodynamicSurfaces(EnvironmentFunction const& environment);
     /// Wing and drag forces, terrain contact, buoyancy and viscous damping, over `h` seconds.
-    void InteractWithEnvironment(EnvironmentFunction& environment, double h);
+    void InteractWithEnvironment(EnvironmentFunction const& environment, double h);
     /// Terrain contact of a body that rides in `parent`'s frame.
-    void InteractWithEnvironmentFromParent(glm::dmat4 const& parent, EnvironmentFunction& environment, double dt);
+    void InteractWithEnvironmentFromParent(glm::dmat4 const& parent, EnvironmentFunction const& environment,
+                                           double dt);
 
     glm::dvec3 linear_velocity{0.0};
     /// World axes of the group's frame.
@@ -71,7 +72,9 @@ public:
     std::vector<DynamicRigidbody*> near_dynamic;
     std::vector<Rigidbody*> near_static;
     std::vector<AeroSurface> aero_surfaces;
-    std::vector<Game::PhysicsLineDebug> debug_lines;
+    /// Set by the tick when the debug view is on: contacts and environment forces then leave lines in debug_lines.
+    bool record_debug_lines = false;
+    std::vector<DebugLine> debug_lines;
     std::unordered_set<game::entity::Id> ignored;
 
 private:

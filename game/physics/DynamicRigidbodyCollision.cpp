@@ -45,7 +45,7 @@ double RotationalMass(DynamicRigidbody const& body, glm::dvec3 const& r, glm::dv
 }
 
 void AddDebugLine(DynamicRigidbody& body, Collision const& collision) {
-    if (!Game::debugServerSidePhysics)
+    if (!body.record_debug_lines)
         return;
     glm::vec3 start(collision.point);
     body.debug_lines.push_back({{}, start, start + glm::vec3(collision.normal) * 0.5f, {1.0f, 0.2f, 0.2f, 1.0f}});

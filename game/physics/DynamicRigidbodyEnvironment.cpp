@@ -64,7 +64,7 @@ game::EnvironmentInfoFlags ContactFlags(ConvexMeshCollider const& collider) {
 }
 
 void AddDebugLine(DynamicRigidbody& body, glm::dvec3 const& start, glm::dvec3 const& direction, glm::vec4 color) {
-    if (!Game::debugServerSidePhysics)
+    if (!body.record_debug_lines)
         return;
     body.debug_lines.push_back({{}, glm::vec3(start), glm::vec3(start + direction), color});
 }
@@ -132,7 +132,7 @@ struct SurfaceFinder {
 /// each contact moves.
 struct EnvironmentWalk {
     DynamicRigidbody& body;
-    EnvironmentFunction& environment;
+    EnvironmentFunction const& environment;
     /// The answer about the body, updated by every buoyancy sample.
     EnvironmentInfo& info;
     glm::dvec3 up;
@@ -260,7 +260,7 @@ struct EnvironmentWalk {
 
 }
 
-void DynamicRigidbody::ComputeAerodynamicSurfaces(EnvironmentFunction& environment) {
+void DynamicRigidbody::ComputeAerodynamicSurfaces(EnvironmentFunction const& environment) {
     aero_surfaces.clear();
     // The answer is not needed here; the question tells the environment where the body is, once a tick.
     environment(center, game::ENVIRONMENT_NOTHING, 0.0);
@@ -271,7 +271,7 @@ void DynamicRigidbody::ComputeAerodynamicSurfaces(EnvironmentFunction& environme
         finder.Visit(collider, collider.transform);
 }
 
-void DynamicRigidbody::InteractWithEnvironment(EnvironmentFunction& environment, double h) {
+void DynamicRigidbody::InteractWithEnvironment(EnvironmentFunction const& environment, double h) {
     EnvironmentInfo info = environment(GetPositionAtCenterOfBounds(), game::ENVIRONMENT_BODY, 0.5 * radius);
     gravity = info.gravity;
     // No gravity, no environment to meet: open space.
@@ -328,8 +328,8 @@ void DynamicRigidbody::InteractWithEnvironment(EnvironmentFunction& environment,
         rest_gain += 1.0;
 }
 
-void DynamicRigidbody::InteractWithEnvironmentFromParent(glm::dmat4 const& parent, EnvironmentFunction& environment,
-                                                         double dt) {
+void DynamicRigidbody::InteractWithEnvironmentFromParent(glm::dmat4 const& parent,
+                                                         EnvironmentFunction const& environment, double dt) {
     EnvironmentInfo info =
         environment(Transformed(parent, GetPositionAtCenterOfBounds()), game::ENVIRONMENT_BODY, 0.5 * radius);
     if (info.gravity == glm::dvec3(0.0) || !(info.altitude - radius < 0.0))

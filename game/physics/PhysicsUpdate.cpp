@@ -1,14 +1,20 @@
 // One physics tick: entities are copied into bodies grouped by environment and parent, the bodies are stepped,
-// and the results are written back. Bodies live for this tick only; the entities are the state.
+// and the results are written back. Bodies live for this tick only; the entities are the state. Game is met only in
+// PhysicsUpdate itself: its inputs are read there as the tick starts, and the debug view is handed over there as it
+// ends.
 //
 // Index:
 //   The tick's tables     bodies by environment, then by parent id
 //   Sorting               entities into obstacles, free bodies and parented bodies
 //   Steps                 components, frame accelerations, broad phase, stepping, write-back, debug view
 
+#include "game/Game.h"
 #include "game/entity/ServerSideEntity.h"
+#include "game/physics/DebugCollider.h"
+#include "game/physics/DebugLine.h"
 #include "game/physics/DynamicRigidbody.h"
 #include "game/physics/SweepAndPrune.h"
+#include "game/physics/TickInputs.h"
 
 #include <glm/gtc/matrix_transform.hpp>
 
@@ -16,10 +22,13 @@
 
 namespace game::entity {
 
+using game::physics::DebugCollider;
+using game::physics::DebugLine;
 using game::physics::DynamicRigidbody;
 using game::physics::EnvironmentFunction;
 using game::physics::Rigidbody;
 using game::physics::SweepAndPrune;
+using game::physics::TickInputs;
 
 glm::dmat3 ServerSideEntity::GetInertiaTensorWorld() const {
     double m = mass;
@@ -43,6 +52,7 @@ template <class Value>
 using Table = std::unordered_map<EnvironmentId, std::unordered_map<Id, Value>>;
 
 struct Tick {
+    TickInputs const& inputs;
     double dt;
     Table<std::vector<std::shared_ptr<ServerSideEntity>>> components;  // second key: the root's id
     Table<std::tuple<RigidbodyEnvType, size_t, Id>> lookup;            // second key: the entity's own id
@@ -87,7 +97,7 @@ void Sort(Tick& tick, std::shared_ptr<ServerSideEntity> const& entity) {
         } else if (e.dynamic && e.rest_time < 1.0) {
             auto& group = tick.free_bodies[e.environment][e.parent];
             tick.lookup[e.environment][e.id] = {RigidbodyEnvType::Free, group.size(), e.parent};
-            group.emplace_back(entity, tick.dt);
+            group.emplace_back(entity, tick.dt).record_debug_lines = tick.inputs.debug;
         } else {
             auto& group = tick.obstacles[e.environment][e.parent];
             tick.lookup[e.environment][e.id] = {RigidbodyEnvType::Obstacle, group.size(), e.parent};
@@ -97,7 +107,7 @@ void Sort(Tick& tick, std::shared_ptr<ServerSideEntity> const& entity) {
     } else if (e.parent_environment != 0 && e.dynamic && e.rest_time < 1.0 && !e.is_component) {
         auto& group = tick.parented_bodies[e.parent_environment][e.parent];
         tick.lookup[e.parent_environment][e.id] = {RigidbodyEnvType::Parented, group.size(), e.parent};
-        group.emplace_back(entity, tick.dt);
+        group.emplace_back(entity, tick.dt).record_debug_lines = tick.inputs.debug;
     }
 }
 
@@ -144,8 +154,8 @@ void ObstacleAccelerations(Tick& tick) {
                     body.frame_acceleration = FrameAcceleration(*parent, *entity);
                     felt = body.frame_acceleration;
                 } else if (environment != 0) {
-                    auto function = Game::_environmentFunctions.find(environment);
-                    felt = function != Game::_environmentFunctions.end()
+                    auto function = tick.inputs.environments.find(environment);
+                    felt = function != tick.inputs.environments.end()
                                ? function->second(entity->position, game::ENVIRONMENT_NOTHING, 0.0).gravity
                                : game::physics::EnvironmentInfo{}.gravity;
                 }
@@ -211,7 +221,7 @@ void BroadPhase(Tick& tick, EnvironmentId environment, Id const& parentId, std::
 void StepEnvironment(Tick& tick, EnvironmentId environment, std::unordered_map<Id, std::vector<DynamicRigidbody>>& groups,
                      int substeps) {
     // An environment that no module registered is an error of the world, not something to simulate around.
-    EnvironmentFunction& function = Game::_environmentFunctions.at(environment);
+    EnvironmentFunction const& function = tick.inputs.environments.at(environment);
     double h = tick.dt / substeps;
     for (auto& [parentId, bodies] : groups) {
         if (function)
@@ -240,40 +250,34 @@ void StepEnvironment(Tick& tick, EnvironmentId environment, std::unordered_map<I
     }
 }
 
-void PublishDebugView(Tick& tick) {
-    Game::physicsDebugLines_back.clear();
-    Game::physicsDebugColliders_back.clear();
-    auto gather = [](Rigidbody const& body, bool asleep) {
+/// Every body's colliders and every moving body's lines, appended to `lines` and `colliders`.
+void GatherDebugView(Tick const& tick, std::vector<DebugLine>& lines, std::vector<DebugCollider>& colliders) {
+    auto gather = [&colliders](Rigidbody const& body, bool asleep) {
         glm::dmat4 transform = body.GetTransform();
         for (auto const& collider : body.colliders) {
-            auto& record = Game::physicsDebugColliders_back.emplace_back(
-                Game::PhysicsColliderDebug{body.id, collider, asleep});
+            auto& record = colliders.emplace_back(DebugCollider{body.id, collider, asleep});
             record.collider.transform = transform * collider.transform;
         }
     };
-    for (auto& [environment, groups] : tick.obstacles)
-        for (auto& [parentId, bodies] : groups)
-            for (auto& body : bodies)
+    for (auto const& [environment, groups] : tick.obstacles)
+        for (auto const& [parentId, bodies] : groups)
+            for (auto const& body : bodies)
                 gather(body, true);
-    for (auto* table : {&tick.free_bodies, &tick.parented_bodies})
-        for (auto& [environment, groups] : *table)
-            for (auto& [parentId, bodies] : groups)
-                for (auto& body : bodies) {
+    for (auto const* table : {&tick.free_bodies, &tick.parented_bodies})
+        for (auto const& [environment, groups] : *table)
+            for (auto const& [parentId, bodies] : groups)
+                for (auto const& body : bodies) {
                     gather(body, false);
                     // Contact lines are in the group's frame, as the colliders are; they carry no entity.
-                    Game::physicsDebugLines_back.insert(Game::physicsDebugLines_back.end(), body.debug_lines.begin(),
-                                                        body.debug_lines.end());
+                    lines.insert(lines.end(), body.debug_lines.begin(), body.debug_lines.end());
                 }
-    std::lock_guard lock(Game::physicsDebugMutex);
-    std::swap(Game::physicsDebugLines_back, Game::physicsDebugLines_staging);
-    std::swap(Game::physicsDebugColliders_back, Game::physicsDebugColliders_staging);
-    Game::physicsDebugCollidersUpdated = true;
 }
 
 }
 
 void ServerSideEntity::PhysicsUpdate(double dt, int substeps) {
-    Tick tick{dt, {}, {}, {}, {}, {}, {}};
+    TickInputs const inputs{Game::_environmentFunctions, Game::debugServerSidePhysics};
+    Tick tick{inputs, dt, {}, {}, {}, {}, {}, {}};
     ForEach([&](std::shared_ptr<ServerSideEntity> const& entity) { Sort(tick, entity); });
 
     MergeComponents(tick);
@@ -304,8 +308,10 @@ void ServerSideEntity::PhysicsUpdate(double dt, int substeps) {
                 for (auto& body : bodies)
                     body.ApplyToEntity(dt);
 
-    if (Game::debugServerSidePhysics)
-        PublishDebugView(tick);
+    if (inputs.debug)
+        Game::PublishPhysicsDebug([&tick](std::vector<DebugLine>& lines, std::vector<DebugCollider>& colliders) {
+            GatherDebugView(tick, lines, colliders);
+        });
 }
 
 }

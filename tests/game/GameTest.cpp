@@ -172,6 +172,29 @@ TEST_F(GameTest, EmptySynchronizedFunctionThrowsWithTheQueueUnlocked) {
     EXPECT_TRUE(lock.owns_lock());
 }
 
+// ---- Physics debug view --------------------------------------------------------------------------------------------
+
+TEST_F(GameTest, PhysicsDebugPublishFillsEmptiedBackBuffersAndHandsThemToStaging) {
+    auto publish = [](size_t lines, size_t colliders) {
+        Game::PublishPhysicsDebug([=](auto& backLines, auto& backColliders) {
+            // With no render thread swapping, each publish fills the buffers staged two publishes before.
+            EXPECT_TRUE(backLines.empty());
+            EXPECT_TRUE(backColliders.empty());
+            backLines.resize(lines);
+            backColliders.resize(colliders);
+        });
+    };
+    Game::physicsDebugCollidersUpdated = false;
+    publish(3, 1);
+    publish(5, 3);
+    publish(2, 4);
+
+    ASSERT_TRUE(Game::physicsDebugCollidersUpdated.exchange(false));
+    std::lock_guard lock(Game::physicsDebugMutex);
+    EXPECT_EQ(Game::physicsDebugLines_staging.size(), 2u);
+    EXPECT_EQ(Game::physicsDebugColliders_staging.size(), 4u);
+}
+
 // ---- World time --------------------------------------------------------------------------------------------------------
 
 TEST_F(GameTest, ServerTickSetsTimestampFromTheClockPlusOffset) {

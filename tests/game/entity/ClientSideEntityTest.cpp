@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <functional>
+#include <set>
 
 using game::entity::ClientSideEntity;
 using game::entity::Id;
@@ -150,6 +151,16 @@ TEST_F(ClientSideEntityTest, ShadowsOnlyRegisteredTypesWithAFactory) {
     EXPECT_EQ(ClientSideEntity::Get(door->id), door);
     EXPECT_THROW(ClientSideEntity::Create(door->id, EntityWorld::Module(), "door"), std::runtime_error);
     EXPECT_EQ(ClientSideEntity::Get(door->id), door);
+}
+
+TEST_F(ClientSideEntityTest, ForEachVisitsEveryLivingEntityWhichMayLookOthersUp) {
+    std::set<std::string> made{Make("counter")->id.String(), Make("door")->id.String()};
+    std::set<std::string> seen;
+    ClientSideEntity::ForEach([&](auto const& entity) {
+        seen.insert(entity->id.String());
+        EXPECT_EQ(ClientSideEntity::Get(entity->id), entity) << "a walk is a reader among readers";
+    });
+    EXPECT_EQ(seen, made);
 }
 
 // ---- Joints --------------------------------------------------------------------------------------------------------
