@@ -4,6 +4,7 @@
 #include <fstream>
 #include <iostream>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <unordered_map>
 #include <vector>
@@ -27,10 +28,17 @@ struct Setting {
     Setting(char const* key, ConfigFile::InputBinding& field, char const* help)
         : key(key), field(&field), type(ConfigFile::CONF_INPUT_BINDING), help(help) {}
 
+    /// The values a numeric setting may take: the settings panel's slider range where it has one.
+    Setting Within(double low, double high) && {
+        range = {low, high};
+        return std::move(*this);
+    }
+
     char const* key;
     void* field;
     ConfigFile::CONFTYPE type;
     char const* help;
+    std::optional<std::pair<double, double>> range;
 };
 
 /// The keys of one ReadFromINI call. `written`: the program writes them too; the hidden switches it never does.
@@ -54,30 +62,30 @@ std::vector<SettingGroup> SettingGroups(GameSettings& s) {
             SETTING(show_help_tooltips, "Show help tooltips in menus and panels"),
         }},
         {"graphics", true, {
-            SETTING(graphics_preset, "Graphics preset chosen in the settings panel, -1 for none"),
-            SETTING(framerate_limit_main_rendering, "Frame rate limit, 0 for none"),
+            SETTING(graphics_preset, "Graphics preset chosen in the settings panel, -1 for none").Within(-1, 7),
+            SETTING(framerate_limit_main_rendering, "Frame rate limit, 0 for none").Within(0, 90),
             SETTING(vsync, "Wait for the display's vertical sync"),
-            SETTING(fov, "Vertical field of view in degrees"),
+            SETTING(fov, "Vertical field of view in degrees").Within(25, 125),
             SETTING(taa, "Temporal anti-aliasing"),
-            SETTING(render_scale, "Rendering resolution as a fraction of the window's"),
+            SETTING(render_scale, "Rendering resolution as a fraction of the window's").Within(0.01, 2),
             SETTING(upscaling_algo, "Upscaling algorithm by name, AUTO to let the game choose"),
-            SETTING(upscaling_quality_setting, "Quality level of the upscaler"),
-            SETTING(upscaling_sharpness, "Sharpening after upscaling, from 0 to 1"),
+            SETTING(upscaling_quality_setting, "Quality level of the upscaler").Within(0, 6),
+            SETTING(upscaling_sharpness, "Sharpening after upscaling, from 0 to 1").Within(0, 1),
             SETTING(tone_mapping, "Map high dynamic range colors to the display"),
             SETTING(dithering, "Dither the image against color banding"),
-            SETTING(brightness, "Brightness multiplier, 1 for neutral"),
-            SETTING(contrast, "Contrast multiplier, 1 for neutral"),
-            SETTING(gamma, "Display gamma"),
-            SETTING(min_exposure, "Lowest automatic exposure"),
-            SETTING(max_exposure, "Highest automatic exposure"),
+            SETTING(brightness, "Brightness multiplier, 1 for neutral").Within(0, 4),
+            SETTING(contrast, "Contrast multiplier, 1 for neutral").Within(0, 4),
+            SETTING(gamma, "Display gamma").Within(1, 4),
+            SETTING(min_exposure, "Lowest automatic exposure").Within(0, 100),
+            SETTING(max_exposure, "Highest automatic exposure").Within(0, 100),
             SETTING(terrain_clutter, "Draw small objects such as rocks and grass on terrain"),
-            SETTING(terrain_detail, "Terrain detail multiplier, 1 for normal"),
+            SETTING(terrain_detail, "Terrain detail multiplier, 1 for normal").Within(0.1, 10),
         }},
         {"audio", true, {
-            SETTING(master_volume, "Volume of all sound, from 0 to 1"),
+            SETTING(master_volume, "Volume of all sound, from 0 to 1").Within(0, 1),
         }},
         {"input", true, {
-            SETTING(look_sensitivity, "Mouse look speed"),
+            SETTING(look_sensitivity, "Mouse look speed").Within(0.01, 100),
             SETTING(input_binding_input_chat, "Open the chat input"),
             SETTING(input_binding_sit, "Sit down or stand up"),
             SETTING(input_binding_third_person, "Switch between first and third person view"),
@@ -138,8 +146,10 @@ std::vector<SettingGroup> SettingGroups(GameSettings& s) {
             SETTING(input_binding_vehicle_yaw_left, "Turn the vehicle left"),
             SETTING(input_binding_vehicle_yaw_right, "Turn the vehicle right"),
             SETTING(input_binding_vehicle_main_thrust, "Main engine thrust"),
-            SETTING(input_gamepad_axis_deadzone, "Gamepad stick movement ignored around the center, from 0 to 1"),
-            SETTING(input_joystick_axis_deadzone, "Joystick axis movement ignored around the center, from 0 to 1"),
+            SETTING(input_gamepad_axis_deadzone, "Gamepad stick movement ignored around the center, from 0 to 1")
+                .Within(0, 1),
+            SETTING(input_joystick_axis_deadzone, "Joystick axis movement ignored around the center, from 0 to 1")
+                .Within(0, 1),
         }},
     };
 }
@@ -215,6 +225,28 @@ GameSettings::~GameSettings() {
 void GameSettings::ReadConfig() {
     for (auto const& group : SettingGroups(*this)) {
         ReadFromINI(group.section, Confs(*this, group), group.written);
+    }
+}
+
+void GameSettings::ClampToRanges() {
+    std::lock_guard lock(Mutex());
+    for (auto const& group : SettingGroups(*this)) {
+        for (auto const& setting : group.settings) {
+            if (!setting.range)
+                continue;
+            auto [low, high] = *setting.range;
+            double value = setting.type == CONF_INT ? *static_cast<int*>(setting.field)
+                                                    : *static_cast<float*>(setting.field);
+            if (value >= low && value <= high)
+                continue;
+            double bound = value > high ? high : low;  // NaN takes the low end
+            std::cerr << KeyLocation(group.section, setting.key) << ": \"" << setting.key << "\" = " << value
+                      << " is outside " << low << ".." << high << "; using " << bound << std::endl;
+            if (setting.type == CONF_INT)
+                *static_cast<int*>(setting.field) = static_cast<int>(bound);
+            else
+                *static_cast<float*>(setting.field) = static_cast<float>(bound);
+        }
     }
 }
 

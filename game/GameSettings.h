@@ -28,6 +28,10 @@ public:
     void ReadConfig() override;
     /// Writes every setting but the hidden switches, creating the file with a comment above each key when needed.
     void WriteConfig() override;
+    /// Brings every numeric setting into its range (the settings panel's slider range where there is one), reporting
+    /// each value moved on standard error with the file and line it came from. ReadConfig takes values as they are;
+    /// the launcher calls this once the settings are read. Writes nothing to the file.
+    void ClampToRanges();
 
     // ---- game ---------------------------------------------------------------------------------------------------
     bool show_help_tooltips = true;

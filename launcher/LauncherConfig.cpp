@@ -1,10 +1,88 @@
 #include "LauncherConfig.h"
 
 #include "engine/String.h"
+#include "engine/filesystem/ConfigFile.h"
 
+#include <charconv>
+#include <cmath>
+#include <functional>
 #include <sstream>
 
-using quorl::filesystem::ConfigFile;
+namespace {
+
+/// A number of the whole text, finite and not negative: what every number of the launcher is.
+template <class Number>
+bool ParseNumber(std::string const& text, Number& value) {
+    auto end = text.data() + text.size();
+    auto [rest, error] = std::from_chars(text.data(), end, value);
+    return error == std::errc() && rest == end && std::isfinite(static_cast<double>(value)) && value >= 0;
+}
+
+using Setter = std::function<std::string(LauncherConfig&, std::string const&)>;
+
+template <class Number>
+Setter NumberOf(Number LauncherConfig::*field) {
+    return [field](LauncherConfig& config, std::string const& text) -> std::string {
+        Number value{};
+        if (!ParseNumber(text, value))
+            return "a number, 0 or more, is needed";
+        config.*field = value;
+        return "";
+    };
+}
+
+Setter NamesOf(std::vector<std::string> LauncherConfig::*field) {
+    return [field](LauncherConfig& config, std::string const& text) {
+        config.*field = SplitNames(text);
+        return std::string();
+    };
+}
+
+/// One setting: its key in launcher.ini (empty for command-line only), its option, and how a text sets it.
+struct Setting {
+    char const* key;
+    char const* option;
+    Setter set;
+};
+
+/// Every setting that takes a value; the one place that names each and checks its values.
+std::vector<Setting> const& Settings() {
+    static std::vector<Setting> const settings{
+        {"modules", "--modules", NamesOf(&LauncherConfig::modules)},
+        {"mods", "--mods", NamesOf(&LauncherConfig::mods)},
+        {"world", "--world",
+         [](LauncherConfig& config, std::string const& text) -> std::string {
+             if (text.empty() || text.find('/') != std::string::npos || text == "." || text == "..")
+                 return "the world's name must be a plain folder name";
+             config.world = text;
+             return "";
+         }},
+        {"render_hz", "--render-hz", NumberOf(&LauncherConfig::renderHz)},
+        {"game_hz", "--game-hz", NumberOf(&LauncherConfig::gameHz)},
+        {"input_hz", "--input-hz", NumberOf(&LauncherConfig::inputHz)},
+        {"server_hz", "--server-hz", NumberOf(&LauncherConfig::serverHz)},
+        {"server_substeps", "--server-substeps", NumberOf(&LauncherConfig::serverSubsteps)},
+        {"autosave_minutes", "--autosave", NumberOf(&LauncherConfig::autosaveMinutes)},
+        // What one run asks for, not what a game folder keeps: command line only.
+        {"", "--ticks", NumberOf(&LauncherConfig::ticks)},
+        {"", "--seconds", NumberOf(&LauncherConfig::seconds)},
+        {"", "--screenshot",
+         [](LauncherConfig& config, std::string const& text) {
+             config.screenshot = text;
+             return std::string();
+         }},
+    };
+    return settings;
+}
+
+Setting const* Find(std::function<bool(Setting const&)> const& matches) {
+    for (auto const& setting : Settings())
+        if (matches(setting))
+            return &setting;
+    return nullptr;
+}
+
+}
 
 std::vector<std::string> SplitNames(std::string const& text) {
     std::vector<std::string> names;
@@ -18,30 +96,39 @@ std::vector<std::string> SplitNames(std::string const& text) {
     return names;
 }
 
-void LauncherConfig::ReadFile(std::string const& path) {
-    ConfigFile file(path);
-    std::string moduleList, modList;
-    float render = static_cast<float>(renderHz), game = static_cast<float>(gameHz);
-    float input = static_cast<float>(inputHz), serverRate = static_cast<float>(serverHz);
-    float autosave = static_cast<float>(autosaveMinutes);
-    file.ReadFromINI("launcher",
-                     {
-                         ConfigFile::Conf(&file, "modules", &moduleList, ConfigFile::CONF_STRING),
-                         ConfigFile::Conf(&file, "mods", &modList, ConfigFile::CONF_STRING),
-                         ConfigFile::Conf(&file, "world", &world, ConfigFile::CONF_STRING),
-                         ConfigFile::Conf(&file, "render_hz", &render, ConfigFile::CONF_FLOAT),
-                         ConfigFile::Conf(&file, "game_hz", &game, ConfigFile::CONF_FLOAT),
-                         ConfigFile::Conf(&file, "input_hz", &input, ConfigFile::CONF_FLOAT),
-                         ConfigFile::Conf(&file, "server_hz", &serverRate, ConfigFile::CONF_FLOAT),
-                         ConfigFile::Conf(&file, "server_substeps", &serverSubsteps, ConfigFile::CONF_INT),
-                         ConfigFile::Conf(&file, "autosave_minutes", &autosave, ConfigFile::CONF_FLOAT),
-                     },
-                     true);
-    modules = SplitNames(moduleList);
-    mods = SplitNames(modList);
-    renderHz = render;
-    gameHz = game;
-    inputHz = input;
-    serverHz = serverRate;
-    autosaveMinutes = autosave;
+std::string LauncherConfig::Set(std::string const& key, std::string const& text) {
+    auto setting = Find([&](Setting const& s) { return !key.empty() && key == s.key; });
+    return setting ? setting->set(*this, text) : "no such setting";
+}
+
+std::string LauncherConfig::SetOption(std::string const& option, std::string const& text) {
+    auto setting = Find([&](Setting const& s) { return option == s.option; });
+    return setting ? setting->set(*this, text) : "no such option";
+}
+
+bool LauncherConfig::TakesValue(std::string const& option) {
+    return Find([&](Setting const& s) { return option == s.option; }) != nullptr;
+}
+
+std::vector<std::string> LauncherConfig::ReadFile(std::string const& path) {
+    quorl::filesystem::ConfigFile file(path);
+    std::vector<std::string> problems;
+    for (auto const& entry : file.Entries()) {
+        std::string where = path + ":" + std::to_string(entry.line) + ": ";
+        if (entry.section != "launcher") {
+            // Reported once, at its header.
+            if (entry.key.empty())
+                problems.push_back(where + "unknown section [" + entry.section + "]; the launcher reads [launcher]");
+            continue;
+        }
+        if (entry.key.empty())
+            continue;
+        if (!Find([&](Setting const& s) { return entry.key == s.key; })) {
+            problems.push_back(where + "unknown key \"" + entry.key + "\"");
+            continue;
+        }
+        if (auto refused = Set(entry.key, entry.value); !refused.empty())
+            problems.push_back(where + entry.key + ": '" + entry.value + "' is not a valid value: " + refused);
+    }
+    return problems;
 }

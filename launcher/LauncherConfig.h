@@ -1,11 +1,10 @@
 #pragma once
 
-#include "engine/filesystem/ConfigFile.h"
-
 #include <string>
 #include <vector>
 
-/// What the launcher runs: read from "launcher.ini" in the game folder, then overridden from the command line.
+/// What the launcher runs: read from "launcher.ini" in the game folder, then overridden from the command line. Both
+/// go through Set, so a value means the same and is checked the same way wherever it is written.
 struct LauncherConfig {
     /// Names whose GAME_Init, GAME_Mod and SERVER_Mod libraries are loaded, whichever of them each folder holds.
     std::vector<std::string> modules;
@@ -33,8 +32,16 @@ struct LauncherConfig {
     /// Print what was loaded, and the status line even when the output is no terminal.
     bool verbose = false;
 
-    /// Reads the [launcher] section of `path`; a missing file keeps the defaults.
-    void ReadFile(std::string const& path);
+    /// Sets the setting of `key` (its name in launcher.ini, e.g. "server_hz") from `text`. Returns why the text is
+    /// refused, "" when it was taken.
+    std::string Set(std::string const& key, std::string const& text);
+    /// The same for a command-line option that takes a value ("--server-hz").
+    std::string SetOption(std::string const& option, std::string const& text);
+    /// Whether `option` is a command-line option that takes a value.
+    static bool TakesValue(std::string const& option);
+    /// Reads the [launcher] section of `path`. Returns the problems, each as "path:line: what": a section or key the
+    /// launcher does not know, a value Set refuses. A missing file has none.
+    std::vector<std::string> ReadFile(std::string const& path);
 };
 
 /// Splits "a, b,c" into {"a", "b", "c"}, dropping empty names.

@@ -2,6 +2,7 @@
 
 #include "modules/GAME_Init.h"
 #include "modules/GAME_Mod.h"
+#include "modules/MERIDON_Mod.h"
 #include "modules/SERVER_Mod.h"
 
 #include <filesystem>
@@ -49,6 +50,19 @@ int LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedSer
     if (LifecycleHookErrors() != hookErrorsBefore)
         return 1;
     return failed ? 2 : 0;
+}
+
+bool ContentModulesExist(std::vector<std::string> const& names) {
+    bool found = true;
+    for (auto const& name : names) {
+        std::string file = "modules/" + name + "/" + name + "." + MERIDON_Mod::CLASS + ".so";
+        if (!std::filesystem::exists(file)) {
+            std::cerr << "meridon: content module '" << name << "' has no library at "
+                      << std::filesystem::absolute(file).string() << std::endl;
+            found = false;
+        }
+    }
+    return found;
 }
 
 void SortGameModules() {

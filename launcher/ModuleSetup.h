@@ -9,6 +9,10 @@
 /// loaded: 1 when a module's ModuleLoad threw, else 2; 0 when all loaded.
 int LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedServer, bool verbose);
 
+/// Whether every named content module has its library, modules/<name>/<name>.MERIDON_Mod.so: the game skips a
+/// missing one in silence, so the launcher says so before it starts. Reports each one missing on standard error.
+bool ContentModulesExist(std::vector<std::string> const& names);
+
 /// Sorts the GAME_Mod lists "update", "render", "post", "overlay" and "ui": by each module's ModuleSort answer for
 /// the list, lower first (0 when it has none), then by name. A ModuleSort that throws leaves as a HookError.
 void SortGameModules();

@@ -265,6 +265,8 @@ int main(int argc, char** argv) {
     Game::_current_world = config.world;
     Game::_mods = config.mods;
 
+    if (!ContentModulesExist(config.mods))
+        return 2;
     if (int status = LoadLauncherModules(config.modules, config.server, config.verbose)) {
         UnloadLauncherModules();
         return status;
@@ -284,6 +286,7 @@ int main(int argc, char** argv) {
         std::error_code ignored;  // a folder that cannot be made shows as the settings file's own error
         std::filesystem::create_directories(kSettingsFolder, ignored);
         Game::settings = game::GameSettings::Instance(kSettingsFile, std::nullopt);
+        Game::settings->ClampToRanges();
     }
     auto renderer = OpenRenderer(config, window.get());
     Game::renderer = renderer.get();

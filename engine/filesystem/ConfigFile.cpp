@@ -116,10 +116,13 @@ void ConfigFile::ReadFromINI(std::string const& section, std::vector<Conf> confs
             if (conf.key != line.key) {
                 continue;
             }
+            std::string const unparsedKey = section + "\n" + conf.key;
             try {
                 ParseConfValue(conf, line.value);
+                _unparsed.erase(unparsedKey);
             } catch (std::invalid_argument const& error) {
                 problems.push_back(Where(i) + ": value of " + Quoted(line.key) + " ignored: " + error.what());
+                _unparsed[unparsedKey] = FormatConfValue(conf);
             }
         }
     }
@@ -171,6 +174,14 @@ void ConfigFile::WriteToINI(std::string const& section, std::vector<Conf> confs)
     IniDocument document(original.value_or(""));
     for (auto const& conf : confs) {
         std::string value = FormatConfValue(conf);
+        // What the user typed and we could not read is theirs to mend: it stays until the program changes the value.
+        auto unparsed = _unparsed.find(section + "\n" + conf.key);
+        if (unparsed != _unparsed.end()) {
+            if (unparsed->second == value) {
+                continue;
+            }
+            _unparsed.erase(unparsed);
+        }
         auto found = document.FindKey(section, conf.key);
         if (found.empty()) {
             document.Append(section, conf.key, value);
@@ -190,6 +201,44 @@ void ConfigFile::WriteToINI(std::string const& section, std::vector<Conf> confs)
     if (_watcher) {
         _watcher->Rebase();
     }
+}
+
+std::vector<ConfigFile::Entry> ConfigFile::Entries() {
+    std::lock_guard lock(_mutex);
+    auto text = LoadText();
+    if (!text) {
+        return {};
+    }
+    IniDocument document(*text);
+    auto const& lines = document.Lines();
+    std::vector<Entry> entries;
+    std::vector<std::string> problems;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        auto const& line = lines[i];
+        if (auto problem = LineProblem(line, false)) {
+            problems.push_back(Where(i) + ": " + *problem + ", line skipped: " + Shown(line.text));
+        } else if (line.kind == IniDocument::LineKind::Header) {
+            entries.push_back({line.key, "", "", i + 1});
+        } else if (line.kind == IniDocument::LineKind::KeyValue) {
+            entries.push_back({*line.section, line.key, line.value, i + 1});
+        }
+    }
+    Report(problems);
+    return entries;
+}
+
+std::string ConfigFile::KeyLocation(std::string const& section, std::string const& key) {
+    std::string location = Path();
+    std::lock_guard lock(_mutex);
+    std::optional<std::string> text;
+    try {
+        text = ReadTextFile(Path());
+    } catch (std::runtime_error const&) {
+        return location;
+    }
+    IniDocument document(text.value_or(""));
+    auto found = document.FindKey(section, key);
+    return found.empty() ? location : Where(found.back());
 }
 
 void ConfigFile::StartAutoReloadThread() {

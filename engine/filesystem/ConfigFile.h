@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -78,6 +79,14 @@ public:
         std::stringstream rest;
     };
 
+    /// A section header (empty `key`) or a `key = value` line of the file, with its 1-based line number.
+    struct Entry {
+        std::string section;
+        std::string key;
+        std::string value;
+        size_t line = 0;
+    };
+
     /// Called once per section: `header` holds the text between the brackets, `lines` the section's content lines.
     using SectionCallback = std::function<void(std::stringstream& header, std::vector<ConfLineStream>& lines)>;
 
@@ -104,8 +113,15 @@ public:
     /// stream holds the text before the first '=' and the rest stream the text after it; for other lines the key
     /// stream holds the first word and the rest stream the remainder, all trimmed. Reports like the form above.
     void ReadFromINI(SectionCallback const& sectionCallback);
+    /// Every section header and `key = value` line of the file, in file order, for readers that check what they do
+    /// not know; reports like the forms above, and a missing or unreadable file has none.
+    std::vector<Entry> Entries();
+    /// "path:line" of the last line of `key` in `section`, or the path alone when the file has no such line.
+    std::string KeyLocation(std::string const& section, std::string const& key);
     /// Stores the Confs' fields under their keys in `section`, keeping every other byte of the file: existing keys
     /// are rewritten in place, new keys go after the section's last non-blank line, a new section goes at the end.
+    /// A line whose value did not parse at the last read stays as the user wrote it while its field still holds
+    /// what that read left there.
     /// The file is replaced atomically. Throws std::runtime_error naming the path and the system's reason, and
     /// std::invalid_argument for a value that the text form cannot hold (a line break in a string).
     void WriteToINI(std::string const& section, std::vector<Conf> confs);
@@ -133,6 +149,8 @@ private:
     int _autoReloadMs;
     mutable std::recursive_mutex _mutex;
     std::set<std::string> _reported;
+    /// "section\nkey" of the values that did not parse at the last read, with the text of what the field kept.
+    std::map<std::string, std::string> _unparsed;
     size_t _reportedContentHash = 0;
     std::unique_ptr<FileWatcher> _watcher;
 };

@@ -5,6 +5,7 @@
 #include "game/GameSettings.h"
 #include "modules/GAME_Mod.h"
 
+#include <iostream>
 #include <regex>
 #include <stdexcept>
 
@@ -84,8 +85,13 @@ GameRenderer::GameRenderer(quorl::graphics::Window* window, char const* name, un
     }
     Game::settings->graphics_preset = PresetForDeviceName(device->physicalDevice.properties.deviceName);
     ConfigureSettingsFromPreset();
-    // Detection runs once: the next start reads the preset from the file.
-    Game::settings->WriteConfig();
+    // Detection runs once: the next start reads the preset from the file. A file that cannot be written costs the
+    // detection again next time, not the renderer.
+    try {
+        Game::settings->WriteConfig();
+    } catch (std::exception const& error) {
+        std::cerr << "the detected graphics preset is not saved: " << error.what() << std::endl;
+    }
 }
 
 GameRenderer::~GameRenderer() {

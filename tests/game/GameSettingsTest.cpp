@@ -203,6 +203,39 @@ TEST_F(GameSettingsTest, BadValuesAreReportedWithTheLineAndKeepTheDefaults) {
     EXPECT_EQ(settings.look_sensitivity, 3.5f);
 }
 
+TEST_F(GameSettingsTest, ValuesOutsideTheirRangesAreClampedAndReportedWithTheirLine) {
+    EXPECT_EQ(Read("[graphics]\n"
+                   "render_scale = 100000\n"
+                   "fov = -500\n"
+                   "gamma = 0\n"
+                   "brightness = 1.5\n"
+                   "[audio]\n"
+                   "master_volume = nan\n"),
+              "");
+    EXPECT_EQ(settings.render_scale, 100000.0f) << "reading takes values as they are";
+    testing::internal::CaptureStderr();
+    settings.ClampToRanges();
+    std::string const errors = testing::internal::GetCapturedStderr();
+    EXPECT_THAT(errors, HasSubstr(path + ":2: \"render_scale\" = 100000 is outside 0.01..2; using 2"));
+    EXPECT_THAT(errors, HasSubstr(path + ":3: \"fov\" = -500 is outside 25..125; using 25"));
+    EXPECT_THAT(errors, HasSubstr(path + ":4: \"gamma\" = 0 is outside 1..4; using 1"));
+    EXPECT_THAT(errors, HasSubstr(path + ":7: \"master_volume\" = nan is outside 0..1; using 0"));
+    EXPECT_THAT(errors, Not(HasSubstr("brightness")));
+    EXPECT_EQ(std::vector<float>({settings.render_scale, settings.fov, settings.gamma, settings.master_volume}),
+              std::vector<float>({2.0f, 25.0f, 1.0f, 0.0f}));
+    EXPECT_EQ(settings.brightness, 1.5f);
+}
+
+TEST_F(GameSettingsTest, UnreadableFileMeansTheDefaultsAndIsNeverReplaced) {
+    std::filesystem::create_directory(path);  // a folder where the file should be
+    testing::internal::CaptureStderr();
+    auto unreadable = GameSettings::Instance(path, std::nullopt);
+    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("cannot read \"" + path + "\""));
+    EXPECT_EQ(unreadable->fov, 70.0f);
+    EXPECT_THROW(unreadable->WriteConfig(), std::runtime_error);
+    EXPECT_TRUE(std::filesystem::is_directory(path));
+}
+
 TEST_F(GameSettingsTest, SettingsThatCannotBeSavedStayAtTheirDefaults) {
     testing::internal::CaptureStderr();
     auto unsaved = GameSettings::Instance(directory.File("missing/settings.ini"), std::nullopt);

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
 
 namespace {
 
@@ -87,6 +88,42 @@ TEST(LauncherTest, BadCommandLinesAreRefusedWithUsage) {
     auto missing = Launch({"--world"});
     EXPECT_EQ(missing.exitCode, 2);
     EXPECT_NE(missing.err.find("--world needs a value"), std::string::npos) << missing.err;
+}
+
+TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
+    struct Case {
+        char const* what;
+        char const* file;  // launcher.ini's text; null for no file
+        std::vector<std::string> options;
+        char const* message;
+    };
+    std::string const ini = "launcher-config-case.ini";
+    std::vector<Case> const cases{
+        {"missing --config file", nullptr, {"--config", "nowhere.ini"}, "--config: cannot read 'nowhere.ini': no such file"},
+        {"unknown content module", "", {"--mods", "TEST_nowhere"}, "content module 'TEST_nowhere' has no library at"},
+        {"section in the wrong case", "[Launcher]\nserver_hz = 30\n", {},
+         ":1: unknown section [Launcher]; the launcher reads [launcher]"},
+        {"unknown key", "[launcher]\nworld_name = x\n", {}, ":2: unknown key \"world_name\""},
+        {"negative rate in the file", "[launcher]\nserver_hz = -5\n", {}, ":2: server_hz: '-5' is not a valid value"},
+        {"infinite rate in the file", "[launcher]\nserver_hz = inf\n", {}, ":2: server_hz: 'inf' is not a valid value"},
+        {"fractional substeps in the file", "[launcher]\nserver_substeps = 2.5\n", {},
+         ":2: server_substeps: '2.5' is not a valid value"},
+        {"negative rate on the command line", "", {"--server-hz", "-5"}, "--server-hz: '-5' is not a valid value"},
+    };
+    for (auto const& [what, file, options, message] : cases) {
+        SCOPED_TRACE(what);
+        std::vector<std::string> arguments{"--server", "--ticks", "1"};
+        if (file) {
+            std::ofstream(ini) << file;
+            arguments.insert(arguments.end(), {"--config", ini});
+        }
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        auto result = Launch(arguments);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
+        EXPECT_EQ(result.out.find("Starting game"), std::string::npos) << "the game started";
+    }
+    std::filesystem::remove(ini);
 }
 
 TEST(LauncherTest, HelpDescribesTheOptions) {
