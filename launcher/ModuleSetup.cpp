@@ -7,7 +7,6 @@
 
 #include <filesystem>
 #include <iostream>
-#include <unordered_map>
 
 namespace {
 
@@ -63,22 +62,6 @@ bool ContentModulesExist(std::vector<std::string> const& names) {
         }
     }
     return found;
-}
-
-void SortGameModules() {
-    // Each module says where it belongs in each list; the name breaks ties, so the order is the same every run
-    // (the registry itself is unordered). Every module is asked once per list before sorting, even when alone in
-    // it, so a ModuleSort that throws always does so, and never from inside a sort.
-    for (char const* listName : {"update", "render", "post", "overlay", "ui"}) {
-        std::unordered_map<GAME_Mod const*, int> places;
-        GAME_Mod::ForEachModule([&](GAME_Mod::Ptr& module) {
-            places[module.get()] = module->ModuleSort ? module->CallHook(&GAME_Mod::ModuleSort, listName) : 0;
-        });
-        GAME_Mod::SortModules(listName, [&places](GAME_Mod::Ptr a, GAME_Mod::Ptr b) {
-            int placeA = places[a.get()], placeB = places[b.get()];
-            return placeA != placeB ? placeA < placeB : a->name < b->name;
-        });
-    }
 }
 
 bool UnloadLauncherModules() {

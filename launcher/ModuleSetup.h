@@ -13,10 +13,6 @@ int LoadLauncherModules(std::vector<std::string> const& names, bool dedicatedSer
 /// missing one in silence, so the launcher says so before it starts. Reports each one missing on standard error.
 bool ContentModulesExist(std::vector<std::string> const& names);
 
-/// Sorts the GAME_Mod lists "update", "render", "post", "overlay" and "ui": by each module's ModuleSort answer for
-/// the list, lower first (0 when it has none), then by name. A ModuleSort that throws leaves as a HookError.
-void SortGameModules();
-
 /// Closes every module the launcher loaded, after Game::Stop. False when a ModuleUnload threw (it is reported on
 /// standard error).
 bool UnloadLauncherModules();

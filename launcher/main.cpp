@@ -15,6 +15,7 @@
 #include "game/input/Joystick.h"
 #include "modules/GAME_Init.h"
 #include "modules/SERVER_Mod.h"
+#include "modules/SortedLists.h"
 
 #include <unistd.h>
 
@@ -273,7 +274,7 @@ int main(int argc, char** argv) {
     }
     // Nothing has started yet: a module failing here needs only the modules closed again.
     if (!Attempt([] {
-            SortGameModules();
+            modules::SortGameModLists();
             GAME_Init::CallHooks(&GAME_Init::SplashBegin);
         })) {
         UnloadLauncherModules();

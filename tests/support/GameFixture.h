@@ -1,6 +1,7 @@
 #pragma once
 
 #include "game/Game.h"
+#include "modules/SortedLists.h"
 #include "tests/support/ModuleRegistries.h"
 
 /// A Game with empty registries and its state back at the launcher's starting point.
@@ -21,11 +22,6 @@ protected:
         Game::_syncQueue.clear();
     }
 
-    /// Sorts the five GAME_Mod lists the way the launcher does: by ModuleSort, lower first.
-    static void SortAllLists() {
-        for (char const* listName : {"update", "render", "post", "overlay", "ui"})
-            GAME_Mod::SortModules(listName, [listName](GAME_Mod::Ptr a, GAME_Mod::Ptr b) {
-                return a->ModuleSort(listName) < b->ModuleSort(listName);
-            });
-    }
+    /// Sorts the GAME_Mod lists as the launcher does.
+    static void SortAllLists() { modules::SortGameModLists(); }
 };
