@@ -1,7 +1,7 @@
 // The launcher: owns the process and the loops, and drives the game library through Game's entry points.
 
 #include "CommandLine.h"
-#include "FrameDriver.h"
+#include "RenderLoop.h"
 #include "LoopThread.h"
 #include "ModuleSetup.h"
 #include "StatusLine.h"
@@ -145,7 +145,7 @@ std::unique_ptr<game::graphics::GameRenderer> OpenRenderer(LauncherConfig const&
 /// status line once a second.
 void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
                std::vector<std::unique_ptr<LoopThread>> const& loops, quorl::graphics::WindowGlfw* window,
-               FrameDriver* frames) {
+               RenderLoop* frames) {
     bool terminal = isatty(STDOUT_FILENO);
     bool showStatus = config.verbose || terminal;
     auto start = std::chrono::steady_clock::now();
@@ -201,7 +201,7 @@ bool Attempt(Step&& step) {
 /// quits the game and still takes the whole way down: the loops end and are joined, the world is unloaded, Stop
 /// runs. False when anything failed.
 bool RunGame(LauncherConfig const& config, sigset_t const& quitSignals, quorl::graphics::Window* window,
-             FrameDriver* frames) {
+             RenderLoop* frames) {
     // The world is held, checked and recovered before anything plays in it.
     std::optional<game::entity::SavedWorld> world;
     try {
@@ -291,7 +291,7 @@ int main(int argc, char** argv) {
     }
     auto renderer = OpenRenderer(config, window.get());
     Game::renderer = renderer.get();
-    std::optional<FrameDriver> frames;
+    std::optional<RenderLoop> frames;
     if (renderer)
         frames.emplace(*renderer, window.get(), config.renderHz);
 

@@ -1,3 +1,13 @@
+// Settings text files: fields bound to keys, read and written in the INI form of docs/ini-format.md.
+//
+// Index:
+//   Helpers           quoting, line problems, section names
+//   Binding           Conf, construction, the default ReadConfig and WriteConfig
+//   Reading           by section into fields, by section for content lines, every entry with its line
+//   Writing           fields into their lines, every other byte kept
+//   Reloading         the watcher thread
+//   Reports           the file's text, messages once per content
+
 #include "engine/filesystem/ConfigFile.h"
 
 #include "engine/String.h"
@@ -12,6 +22,8 @@
 namespace quorl::filesystem {
 
 namespace {
+
+// ---- Helpers -------------------------------------------------------------------------------------------------------
 
 constexpr int DefaultAutoReloadMs = 1000;
 
@@ -60,6 +72,8 @@ void CheckSectionName(std::string const& path, std::string const& section) {
 
 }
 
+// ---- Binding -------------------------------------------------------------------------------------------------------
+
 ConfigFile::Conf::Conf(ConfigFile* file, std::string const& key, void* target, CONFTYPE type)
     : file(file), key(key), target(target), type(type) {
     if (key.empty() || !IsTrimmed(key) || key.find_first_of("=\r\n") != std::string::npos ||
@@ -92,6 +106,8 @@ void ConfigFile::ReadConfig() {}
 void ConfigFile::WriteConfig() {
     throw std::runtime_error("WriteConfig() not implemented");
 }
+
+// ---- Reading -------------------------------------------------------------------------------------------------------
 
 void ConfigFile::ReadFromINI(std::string const& section, std::vector<Conf> confs, bool /*written*/) {
     std::lock_guard lock(_mutex);
@@ -166,43 +182,6 @@ void ConfigFile::ReadFromINI(SectionCallback const& sectionCallback) {
     }
 }
 
-void ConfigFile::WriteToINI(std::string const& section, std::vector<Conf> confs) {
-    std::lock_guard lock(_mutex);
-    CheckOwnership(confs);
-    CheckSectionName(Path(), section);
-    auto original = ReadTextFile(Path());
-    IniDocument document(original.value_or(""));
-    for (auto const& conf : confs) {
-        std::string value = FormatConfValue(conf);
-        // What the user typed and we could not read is theirs to mend: it stays until the program changes the value.
-        auto unparsed = _unparsed.find(section + "\n" + conf.key);
-        if (unparsed != _unparsed.end()) {
-            if (unparsed->second == value) {
-                continue;
-            }
-            _unparsed.erase(unparsed);
-        }
-        auto found = document.FindKey(section, conf.key);
-        if (found.empty()) {
-            document.Append(section, conf.key, value);
-        }
-        for (auto index : found) {
-            if (!ConfValueMatches(conf, document.Lines()[index].value)) {
-                document.Replace(index, conf.key, value);
-            }
-        }
-    }
-    std::string text = document.Text();
-    if (original == text) {
-        // Rewriting the same bytes would only bump the write time and wake every watcher of the file.
-        return;
-    }
-    WriteTextFileAtomically(Path(), text);
-    if (_watcher) {
-        _watcher->Rebase();
-    }
-}
-
 std::vector<ConfigFile::Entry> ConfigFile::Entries() {
     std::lock_guard lock(_mutex);
     auto text = LoadText();
@@ -241,6 +220,47 @@ std::string ConfigFile::KeyLocation(std::string const& section, std::string cons
     return found.empty() ? location : Where(found.back());
 }
 
+// ---- Writing -------------------------------------------------------------------------------------------------------
+
+void ConfigFile::WriteToINI(std::string const& section, std::vector<Conf> confs) {
+    std::lock_guard lock(_mutex);
+    CheckOwnership(confs);
+    CheckSectionName(Path(), section);
+    auto original = ReadTextFile(Path());
+    IniDocument document(original.value_or(""));
+    for (auto const& conf : confs) {
+        std::string value = FormatConfValue(conf);
+        // What the user typed and we could not read is theirs to mend: it stays until the program changes the value.
+        auto unparsed = _unparsed.find(section + "\n" + conf.key);
+        if (unparsed != _unparsed.end()) {
+            if (unparsed->second == value) {
+                continue;
+            }
+            _unparsed.erase(unparsed);
+        }
+        auto found = document.FindKey(section, conf.key);
+        if (found.empty()) {
+            document.Append(section, conf.key, value);
+        }
+        for (auto index : found) {
+            if (!ConfValueMatches(conf, document.Lines()[index].value)) {
+                document.Replace(index, conf.key, value);
+            }
+        }
+    }
+    std::string text = document.Text();
+    if (original == text) {
+        // Rewriting the same bytes would only bump the write time and wake every watcher of the file.
+        return;
+    }
+    WriteTextFileAtomically(Path(), text);
+    if (_watcher) {
+        _watcher->Rebase();
+    }
+}
+
+// ---- Reloading -----------------------------------------------------------------------------------------------------
+
 void ConfigFile::StartAutoReloadThread() {
     std::lock_guard lock(_mutex);
     if (_watcher) {
@@ -267,6 +287,8 @@ void ConfigFile::StopAutoReloadThread() {
     // Joined here, unlocked: the thread may be waiting for the mutex to call ReadConfig.
     watcher.reset();
 }
+
+// ---- Reports -------------------------------------------------------------------------------------------------------
 
 void ConfigFile::CheckOwnership(std::vector<Conf> const& confs) const {
     for (auto const& conf : confs) {

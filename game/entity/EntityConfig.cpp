@@ -1,3 +1,12 @@
+// An entity type's config file, read into nodes, joints, colliders and light boxes (docs/entity-config-format.md).
+//
+// Index:
+//   Reading values    axes from Z up to Y up, numbers, vectors and triples of a line
+//   Sections          the placement every section has, joint axes and limits, colliders, light boxes
+//   Loading           ReadConfig, ReadOnce, the mesh beside the file
+//   The node tree     absolute transforms, the transform to the first joint, the Blender rotation
+//   Parsing           sections placed by name, the ENTITY section
+
 #include "game/entity/EntityConfig.h"
 
 #include "engine/String.h"
@@ -19,6 +28,8 @@ namespace {
 
 using Lines = std::vector<quorl::filesystem::ConfigFile::ConfLineStream>;
 using Joint = EntityConfig::Joint;
+
+// ---- Reading values ------------------------------------------------------------------------------------------------
 
 /// File axes (Z up) to game axes (Y up).
 glm::vec3 FromZUp(glm::vec3 const& v) {
@@ -71,6 +82,8 @@ uint16_t ReadTriples(std::istream& in, std::array<Item, N>& items, Convert conve
     } while (count < N && in && !in.eof());
     return count;
 }
+
+// ---- Sections ------------------------------------------------------------------------------------------------------
 
 /// Reads the placement keys every section has and hands the others to `readKey`.
 template <typename Section, typename ReadKey>
@@ -193,6 +206,8 @@ EntityConfig::LightBox ReadLightBox(Lines& lines) {
 
 }
 
+// ---- Loading -------------------------------------------------------------------------------------------------------
+
 EntityConfig::EntityConfig(std::string const& path) : ConfigFile(path) {}
 
 void EntityConfig::ReadConfig() {
@@ -223,6 +238,8 @@ void EntityConfig::ReadOnce() {
 std::shared_ptr<game::graphics::Mesh> EntityConfig::GetMesh() const {
     return mesh; // Null until the mesh loader fills it.
 }
+
+// ---- The node tree -------------------------------------------------------------------------------------------------
 
 glm::dmat4 EntityConfig::GetAbsoluteTransform(std::string const& node) const {
     Node const* current = &nodes.at(node);
@@ -268,6 +285,8 @@ glm::mat4 EntityConfig::TransformFromBlender(glm::vec3 const& position, glm::vec
     // glm's Euler constructor: Z times Y times X, so X turns first.
     return glm::translate(glm::mat4(1.0f), zUpToYUp * position) * glm::mat4_cast(glm::quat(angles));
 }
+
+// ---- Parsing -------------------------------------------------------------------------------------------------------
 
 template <typename Section>
 void EntityConfig::Place(std::unordered_map<std::string, Section>& sections, std::string const& name,

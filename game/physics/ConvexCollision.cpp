@@ -1,3 +1,14 @@
+// The narrow phase: whether two convex colliders touch, and where, by separating axes.
+//
+// Index:
+//   Shapes            the vertex counts, box corners by bits, hulls by coordinate and by lane
+//   Box shapes        the 13 pair directions of a box, and the last two box shapes met
+//   Edge directions   the vertex-pair directions of any shape, repeats left out
+//   Bounds            the best axis so far, and the cheap lower bound of two boxes' overlap
+//   Axes              face normals, then crosses of edges, several at a time
+//   Contact           the nearest vertex clamped into the other box, and the sphere fallback
+//   Entry points      ProjectOntoAxis, PotentialBoxBoxIntersection, ConvexCollision
+
 #include "game/physics/ConvexCollision.h"
 
 #include "game/physics/BoxEdgeBound.h"
@@ -46,6 +57,8 @@ constexpr double kShortestSphereAxis = 1e-06;
 constexpr size_t kLanes = 2;
 using Lanes = double __attribute__((vector_size(kLanes * sizeof(double))));
 constexpr size_t kEdgeBlocks = (kMaxEdges + kLanes - 1) / kLanes;
+
+// ---- Shapes --------------------------------------------------------------------------------------------------------
 
 size_t VertexCount(ConvexMeshCollider const& collider) {
     return std::min<size_t>(collider.vertices_count, kMaxVertices);
@@ -151,6 +164,8 @@ struct LaneHull {
     std::array<Lanes, kMaxVertices> z;
 };
 
+// ---- Box shapes ----------------------------------------------------------------------------------------------------
+
 // For corners numbered by bits, the first pair i < j of each direction up to sign, in pair order: of a box's 28 pairs
 // these 13 are all that the search for repeated differences below keeps, so a box needn't search.
 constexpr auto kBoxEdgePairs = [] {
@@ -205,6 +220,8 @@ BoxShape const* KnownBox(ConvexMeshCollider const& collider) {
     }
     return &shape;
 }
+
+// ---- Edge directions -----------------------------------------------------------------------------------------------
 
 /// The directions of a shape's vertex pairs i < j, each normalised in float from the collider's own vertices and
 /// then turned into world space, in pair order. A pair whose difference equals an earlier one's, or its opposite, is
@@ -265,6 +282,8 @@ struct EdgeDirections {
     std::array<Lanes, kEdgeBlocks> z;
     size_t count = 0;
 };
+
+// ---- Bounds --------------------------------------------------------------------------------------------------------
 
 /// The smallest overlap met so far and its axis; the first of equal overlaps stays.
 struct BestAxis {
@@ -355,6 +374,8 @@ bool ApartAlongCentres(BoxBound const& a, BoxBound const& b) {
     double const slack = kBoundSlack * (a.magnitude + b.magnitude);
     return a.Radius(line) + b.Radius(line) - length + slack + slack < 0.0;
 }
+
+// ---- Axes ----------------------------------------------------------------------------------------------------------
 
 /// The face normals of a, then those of b, turned into the world and normalised. Between two boxes each one is
 /// first bounded, and only those whose overlap may separate the shapes or be the least are projected: the result is
@@ -474,6 +495,8 @@ bool TakeEdgeAxes(EdgeDirections const& edges_a, EdgeDirections const& edges_b, 
     return true;
 }
 
+// ---- Contact -------------------------------------------------------------------------------------------------------
+
 /// A collider's box with its transform and the inverse, which the contact search uses for many points: the
 /// arithmetic of ConvexMeshCollider::GetPositionClamped with a margin of zero.
 struct Box {
@@ -581,6 +604,8 @@ Collision SphereCollision(PlacedCollider const& a, glm::dvec3 const& center_a, P
 }
 
 }
+
+// ---- Entry points --------------------------------------------------------------------------------------------------
 
 std::pair<double, double> ProjectOntoAxis(ConvexMeshCollider const& collider, glm::dvec3 const& axis) {
     return Hull({collider, collider.transform}).Interval(axis);

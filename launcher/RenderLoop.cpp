@@ -1,4 +1,4 @@
-#include "FrameDriver.h"
+#include "RenderLoop.h"
 
 #include "engine/graphics/Window.h"
 #include "game/Game.h"
@@ -25,7 +25,7 @@ std::string ScreenshotName() {
 
 }
 
-FrameDriver::FrameDriver(game::graphics::GameRenderer& renderer, quorl::graphics::Window* window, double hz)
+RenderLoop::RenderLoop(game::graphics::GameRenderer& renderer, quorl::graphics::Window* window, double hz)
     : _renderer(renderer)
     , _window(window)
     , _period(hz > 0 ? std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(1.0 / hz))
@@ -39,12 +39,12 @@ FrameDriver::FrameDriver(game::graphics::GameRenderer& renderer, quorl::graphics
     }
 }
 
-FrameDriver::~FrameDriver() {
+RenderLoop::~RenderLoop() {
     if (_window)
         _window->RemoveCallback_Key("launcher_screenshot");
 }
 
-double FrameDriver::Poll() {
+double RenderLoop::Poll() {
     auto now = Clock::now();
     if (_window && _window->GetKey(kKeyEscape)) {
         if (!_escapeSince)
@@ -65,13 +65,13 @@ double FrameDriver::Poll() {
     return std::chrono::duration<double>(_nextFrame - Clock::now()).count();
 }
 
-void FrameDriver::RenderFrame() {
+void RenderLoop::RenderFrame() {
     Game::mainRenderingFramerate.Tick();
     quorl::FPSCounter::BusyScope busy(Game::mainRenderingFramerate);
     _renderer.RenderFrame();
 }
 
-bool FrameDriver::SaveScreenshot(std::string const& path) {
+bool RenderLoop::SaveScreenshot(std::string const& path) {
     std::error_code ignored;  // a folder that cannot be made shows as the save's own error
     std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ignored);
     vkDeviceWaitIdle(_renderer.device->handle);

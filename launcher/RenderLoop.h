@@ -10,10 +10,10 @@ namespace quorl::graphics { class Window; }
 
 /// The renderer's frames on the main thread, which GLFW wants for its calls: a frame when one is due at the render
 /// rate, a screenshot after the frame in which F4 was released, and quitting when Escape is held for two seconds.
-class FrameDriver {
+class RenderLoop {
 public:
-    FrameDriver(game::graphics::GameRenderer& renderer, quorl::graphics::Window* window, double hz);
-    ~FrameDriver();
+    RenderLoop(game::graphics::GameRenderer& renderer, quorl::graphics::Window* window, double hz);
+    ~RenderLoop();
 
     /// Renders a frame if one is due. Returns the seconds until the next one is.
     double Poll();
