@@ -50,8 +50,13 @@ struct SettingGroup {
 
 // Fields are named after their keys, so one name gives both.
 #define SETTING(field, help) Setting(#field, s.field, help)
+// A row of the binding table is a setting unless the file never holds it.
+#define BINDING_SETTING(name, Action, reading, file, help, ...) BINDING_SETTING_##file(name, help)
+#define BINDING_SETTING_Saved(name, help) SETTING(input_binding_##name, help),
+#define BINDING_SETTING_Unsaved(name, help)
 
-/// Every key of the file, in the order of the reads; the one place that ties a key to its field and its comment.
+/// Every key of the file, in the order of the reads; the one place that ties a key to its field and its comment, but
+/// for the bindings, which come from the binding table.
 std::vector<SettingGroup> SettingGroups(GameSettings& s) {
     return {
         {"game", false, {
@@ -86,66 +91,7 @@ std::vector<SettingGroup> SettingGroups(GameSettings& s) {
         }},
         {"input", true, {
             SETTING(look_sensitivity, "Mouse look speed").Within(0.01, 100),
-            SETTING(input_binding_input_chat, "Open the chat input"),
-            SETTING(input_binding_sit, "Sit down or stand up"),
-            SETTING(input_binding_third_person, "Switch between first and third person view"),
-            SETTING(input_binding_zoom, "Zoom the view"),
-            SETTING(input_binding_avatar_jump, "Jump"),
-            SETTING(input_binding_avatar_look_toggle, "Free the mouse cursor or look around"),
-            SETTING(input_binding_get_info, "Show information about what you aim at"),
-            SETTING(input_binding_avatar_interact, "Interact with what you aim at"),
-            SETTING(input_binding_avatar_light, "Switch the avatar's light"),
-            SETTING(input_binding_avatar_sprint, "Sprint while held"),
-            SETTING(input_binding_avatar_crouch, "Crouch while held"),
-            SETTING(input_binding_avatar_jetpack, "Switch the jetpack"),
-            SETTING(input_binding_avatar_inventory_toggle, "Open or close the inventory"),
-            SETTING(input_binding_avatar_inventory_select_prev, "Select the previous inventory slot"),
-            SETTING(input_binding_avatar_inventory_select_next, "Select the next inventory slot"),
-            SETTING(input_binding_avatar_inventory_select_1, "Select inventory slot 1"),
-            SETTING(input_binding_avatar_inventory_select_2, "Select inventory slot 2"),
-            SETTING(input_binding_avatar_inventory_select_3, "Select inventory slot 3"),
-            SETTING(input_binding_avatar_inventory_select_4, "Select inventory slot 4"),
-            SETTING(input_binding_avatar_inventory_select_5, "Select inventory slot 5"),
-            SETTING(input_binding_avatar_inventory_select_6, "Select inventory slot 6"),
-            SETTING(input_binding_avatar_inventory_select_7, "Select inventory slot 7"),
-            SETTING(input_binding_avatar_inventory_select_8, "Select inventory slot 8"),
-            SETTING(input_binding_avatar_inventory_select_9, "Select inventory slot 9"),
-            SETTING(input_binding_avatar_inventory_deselect, "Put the selected item away"),
-            SETTING(input_binding_avatar_tool_primary, "Use the tool in hand"),
-            SETTING(input_binding_avatar_tool_secondary, "Secondary use of the tool in hand"),
-            SETTING(input_binding_avatar_tool_configure, "Configure the tool in hand"),
-            SETTING(input_binding_avatar_translate_forward, "Walk forward"),
-            SETTING(input_binding_avatar_translate_backward, "Walk backward"),
-            SETTING(input_binding_avatar_translate_left, "Walk left"),
-            SETTING(input_binding_avatar_translate_right, "Walk right"),
-            SETTING(input_binding_avatar_pitch_up, "Look up"),
-            SETTING(input_binding_avatar_pitch_down, "Look down"),
-            SETTING(input_binding_avatar_yaw_left, "Look left"),
-            SETTING(input_binding_avatar_yaw_right, "Look right"),
-            SETTING(input_binding_vehicle_gamepad_look_toggle, "Switch the right stick between looking and steering"),
-            SETTING(input_binding_vehicle_aux_0, "Vehicle auxiliary input 0"),
-            SETTING(input_binding_vehicle_aux_1, "Vehicle auxiliary input 1"),
-            SETTING(input_binding_vehicle_aux_2, "Vehicle auxiliary input 2"),
-            SETTING(input_binding_vehicle_aux_3, "Vehicle auxiliary input 3"),
-            SETTING(input_binding_vehicle_aux_4, "Vehicle auxiliary input 4"),
-            SETTING(input_binding_vehicle_aux_5, "Vehicle auxiliary input 5"),
-            SETTING(input_binding_vehicle_aux_6, "Vehicle auxiliary input 6"),
-            SETTING(input_binding_vehicle_aux_7, "Vehicle auxiliary input 7"),
-            SETTING(input_binding_vehicle_aux_8, "Vehicle auxiliary input 8"),
-            SETTING(input_binding_vehicle_aux_9, "Vehicle auxiliary input 9"),
-            SETTING(input_binding_vehicle_translate_up, "Move the vehicle up"),
-            SETTING(input_binding_vehicle_translate_down, "Move the vehicle down"),
-            SETTING(input_binding_vehicle_roll_left, "Roll the vehicle left"),
-            SETTING(input_binding_vehicle_roll_right, "Roll the vehicle right"),
-            SETTING(input_binding_vehicle_translate_forward, "Move the vehicle forward"),
-            SETTING(input_binding_vehicle_translate_backward, "Move the vehicle backward"),
-            SETTING(input_binding_vehicle_translate_left, "Move the vehicle left"),
-            SETTING(input_binding_vehicle_translate_right, "Move the vehicle right"),
-            SETTING(input_binding_vehicle_pitch_up, "Pitch the vehicle's nose up"),
-            SETTING(input_binding_vehicle_pitch_down, "Pitch the vehicle's nose down"),
-            SETTING(input_binding_vehicle_yaw_left, "Turn the vehicle left"),
-            SETTING(input_binding_vehicle_yaw_right, "Turn the vehicle right"),
-            SETTING(input_binding_vehicle_main_thrust, "Main engine thrust"),
+            MERIDON_INPUT_BINDINGS(BINDING_SETTING)
             SETTING(input_gamepad_axis_deadzone, "Gamepad stick movement ignored around the center, from 0 to 1")
                 .Within(0, 1),
             SETTING(input_joystick_axis_deadzone, "Joystick axis movement ignored around the center, from 0 to 1")
@@ -154,6 +100,9 @@ std::vector<SettingGroup> SettingGroups(GameSettings& s) {
     };
 }
 
+#undef BINDING_SETTING_Unsaved
+#undef BINDING_SETTING_Saved
+#undef BINDING_SETTING
 #undef SETTING
 
 std::vector<ConfigFile::Conf> Confs(GameSettings& file, SettingGroup const& group) {

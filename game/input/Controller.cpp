@@ -21,13 +21,6 @@ Controller::State Controller::previousState;
 bool Controller::vehicleGamepadLookMode = true;
 
 namespace {
-// GLFW's numbers.
-constexpr int kKeyEscape = 256;
-constexpr int kGamepadButtonStart = 7;
-// Gamepad axes from this one on are triggers, at rest at -1, and read 0..1.
-constexpr int kFirstTriggerAxis = 4;
-// Yaw turns faster than pitch on a stick: the view has further to go around than up and down.
-constexpr double kGamepadYawFactor = 1.5;
 // Cursor movement is taken relative to the window's width; half of that is one unit of look.
 constexpr double kMouseLookFactor = 0.5;
 
@@ -86,7 +79,8 @@ void AddDevices(std::shared_ptr<Joystick> const& pad, T& value, Controller::Inpu
             auto read = [&](bool axisUnipolar) {
                 return pad->GetGamepadAxis(binding.gamepad_axis, deadzone, false, axisUnipolar);
             };
-            bool trigger = binding.gamepad_axis >= kFirstTriggerAxis;
+            // The triggers, from this axis on, read 0..1 even where the other axes read sign times -1..1.
+            bool trigger = binding.gamepad_axis >= GamepadAxis::LeftTrigger;
             Add(value, ReadAxis(read, binding.gamepad_axis_sign, unipolar, trigger));
         }
         if (binding.gamepad_button >= 0)
@@ -107,6 +101,22 @@ void AddDevices(std::shared_ptr<Joystick> const& pad, T& value, Controller::Inpu
     } else {
         Add(value, joystick->GetButton(binding.joystick_button));
     }
+}
+
+/// Hands every row of the binding table to `visit(value, binding, reading)`, `value` being the field of `next` that
+/// the row's action fills: bool or double, so `visit` is generic.
+template <class Visit>
+void ForEachBinding(Controller::State& next, GameSettings const& s, Visit&& visit) {
+#define MERIDON_VISIT_BINDING(name, Action, reading, file, help, ...)                                                \
+    visit(next.Action, s.input_binding_##name, actions::reading);
+    MERIDON_INPUT_BINDINGS(MERIDON_VISIT_BINDING)
+#undef MERIDON_VISIT_BINDING
+}
+
+/// Whether the gamepad and joystick stage reads a binding in input `mode`; the look has a stage of its own.
+bool ReadsPads(actions::Pads pads, uint8_t mode) {
+    using enum actions::Pads;
+    return pads == AnyMode || (pads == Play && mode == 1) || (pads == Station && mode == 2);
 }
 
 /// What one look binding adds to the view this pass: the stick's push squared, so that aim is fine near the
@@ -159,8 +169,14 @@ void Controller::InputBindingState(std::shared_ptr<Joystick> const& pad, double&
 }
 
 // ---- The input pass -------------------------------------------------------------------------------------------------
+//
+// Each stage walks the binding table and reads the bindings whose reading says so; what is left are the cases that
+// no row describes. An action adds up its bindings in the order of the stages: keyboard and mouse, then gamepad and
+// joystick, then the gamepad look, then the sprint latch, which must see the walk of the whole pass. Within a stage
+// no action has two bindings but the look, so the walk's order does not matter there.
 
 void Controller::InputUpdate(double dt) {
+    using namespace actions;
     static bool isSprinting = false;
     State next{};
     auto* window = Game::window;
@@ -172,28 +188,23 @@ void Controller::InputUpdate(double dt) {
     }
     auto const& s = *settings;
     auto const mode = Game::_inputMode;
+    auto forEachBinding = [&](auto&& visit) { ForEachBinding(next, s, visit); };
 
-    // Escape and chat work in every mode, even while the interface has the keyboard: they are how a user leaves it.
-    next.Escape = window->GetKey(kKeyEscape);
-    if (s.input_binding_input_chat.key >= 0)
-        next.InputChat = window->GetKey(s.input_binding_input_chat.key);
+    // Escape and chat (the bindings whose keys are read always) work in every mode, even while the interface has the
+    // keyboard: they are how a user leaves it.
+    next.Escape = window->GetKey(Key::Escape);
+    forEachBinding([&](auto& value, InputBinding const& binding, Reading const& reading) {
+        if (reading.keys == Keys::Always && binding.key >= 0)
+            Add(value, window->GetKey(binding.key));
+    });
 
     // Keyboard and mouse, outside the user interface mode.
     if (mode != 0) {
-        InputBindingState(next.AvatarInventory, s.input_binding_avatar_inventory_toggle);
-        InputBindingState(next.AvatarInventorySelectNext, s.input_binding_avatar_inventory_select_next);
-        InputBindingState(next.AvatarInventorySelectPrev, s.input_binding_avatar_inventory_select_prev);
-        InputBindingState(next.AvatarInventorySelect1, s.input_binding_avatar_inventory_select_1);
-        InputBindingState(next.AvatarInventorySelect2, s.input_binding_avatar_inventory_select_2);
-        InputBindingState(next.AvatarInventorySelect3, s.input_binding_avatar_inventory_select_3);
-        InputBindingState(next.AvatarInventorySelect4, s.input_binding_avatar_inventory_select_4);
-        InputBindingState(next.AvatarInventorySelect5, s.input_binding_avatar_inventory_select_5);
-        InputBindingState(next.AvatarInventorySelect6, s.input_binding_avatar_inventory_select_6);
-        InputBindingState(next.AvatarInventorySelect7, s.input_binding_avatar_inventory_select_7);
-        InputBindingState(next.AvatarInventorySelect8, s.input_binding_avatar_inventory_select_8);
-        InputBindingState(next.AvatarInventorySelect9, s.input_binding_avatar_inventory_select_9);
-        InputBindingState(next.AvatarInventoryDeselect, s.input_binding_avatar_inventory_deselect);
-
+        bool const windowFocused = UiWindowFocused();
+        forEachBinding([&](auto& value, InputBinding const& binding, Reading const& reading) {
+            if (reading.keys == Keys::OutsideInterface || (reading.keys == Keys::Unfocused && !windowFocused))
+                InputBindingState(value, binding);
+        });
         // The cursor is disabled while mouse look is on, so its position is the movement since the last pass.
         if (Game::_mouseLook) {
             double x = 0.0, y = 0.0;
@@ -202,130 +213,32 @@ void Controller::InputUpdate(double dt) {
             next.AvatarPitch += y / window->width * kMouseLookFactor;
             next.AvatarYaw += x / window->width * kMouseLookFactor;
         }
-
-        if (!UiWindowFocused()) {
-            InputBindingState(next.Sit, s.input_binding_sit);
-            InputBindingState(next.ThirdPerson, s.input_binding_third_person);
-            InputBindingState(next.Zoom, s.input_binding_zoom);
-            InputBindingState(next.AvatarTranslateForward, s.input_binding_avatar_translate_forward);
-            InputBindingState(next.AvatarTranslateBackward, s.input_binding_avatar_translate_backward);
-            InputBindingState(next.AvatarTranslateRight, s.input_binding_avatar_translate_right);
-            InputBindingState(next.AvatarTranslateLeft, s.input_binding_avatar_translate_left);
-            InputBindingState(next.AvatarJump, s.input_binding_avatar_jump);
-            InputBindingState(next.AvatarLight, s.input_binding_avatar_light);
-            InputBindingState(next.AvatarSprint, s.input_binding_avatar_sprint);
-            InputBindingState(next.AvatarCrouch, s.input_binding_avatar_crouch);
-            InputBindingState(next.AvatarJetpack, s.input_binding_avatar_jetpack);
-            InputBindingState(next.AvatarInteract, s.input_binding_avatar_interact);
-            InputBindingState(next.AvatarToolConfigure, s.input_binding_avatar_tool_configure);
-            InputBindingState(next.AvatarToolSpecialMode, s.input_binding_avatar_tool_special_mode);
-            InputBindingState(next.GetInfo, s.input_binding_get_info);
-            InputBindingState(next.AvatarLookToggle, s.input_binding_avatar_look_toggle);
-            InputBindingState(next.AvatarToolPrimary, s.input_binding_avatar_tool_primary);
-            InputBindingState(next.AvatarToolSecondary, s.input_binding_avatar_tool_secondary);
-            InputBindingState(next.VehicleTranslateForward, s.input_binding_vehicle_translate_forward);
-            InputBindingState(next.VehicleTranslateBackward, s.input_binding_vehicle_translate_backward);
-            InputBindingState(next.VehicleTranslateRight, s.input_binding_vehicle_translate_right);
-            InputBindingState(next.VehicleTranslateLeft, s.input_binding_vehicle_translate_left);
-            InputBindingState(next.VehicleTranslateUp, s.input_binding_vehicle_translate_up);
-            InputBindingState(next.VehicleTranslateDown, s.input_binding_vehicle_translate_down);
-            InputBindingState(next.VehicleMainThrust, s.input_binding_vehicle_main_thrust);
-            InputBindingState(next.VehiclePitchUp, s.input_binding_vehicle_pitch_up);
-            InputBindingState(next.VehiclePitchDown, s.input_binding_vehicle_pitch_down);
-            InputBindingState(next.VehicleYawRight, s.input_binding_vehicle_yaw_right);
-            InputBindingState(next.VehicleYawLeft, s.input_binding_vehicle_yaw_left);
-            InputBindingState(next.VehicleRollRight, s.input_binding_vehicle_roll_right);
-            InputBindingState(next.VehicleRollLeft, s.input_binding_vehicle_roll_left);
-            InputBindingState(next.VehicleAux0, s.input_binding_vehicle_aux_0);
-            InputBindingState(next.VehicleAux1, s.input_binding_vehicle_aux_1);
-            InputBindingState(next.VehicleAux2, s.input_binding_vehicle_aux_2);
-            InputBindingState(next.VehicleAux3, s.input_binding_vehicle_aux_3);
-            InputBindingState(next.VehicleAux4, s.input_binding_vehicle_aux_4);
-            InputBindingState(next.VehicleAux5, s.input_binding_vehicle_aux_5);
-            InputBindingState(next.VehicleAux6, s.input_binding_vehicle_aux_6);
-            InputBindingState(next.VehicleAux7, s.input_binding_vehicle_aux_7);
-            InputBindingState(next.VehicleAux8, s.input_binding_vehicle_aux_8);
-            InputBindingState(next.VehicleAux9, s.input_binding_vehicle_aux_9);
-        }
     }
 
     // Gamepad and joysticks. The binding's own gamepad id and index play no part: the first gamepad always serves.
     auto pad = Game::GetFirstGamepad();
-    std::shared_ptr<Joystick> const none;
-    constexpr bool bipolar = false;
-    constexpr bool unipolar = true;
-    if (pad && pad->GetGamepadButton(kGamepadButtonStart))
+    if (pad && pad->GetGamepadButton(GamepadButton::Start))
         next.Escape = true;
-    InputBindingState(pad, next.Sit, s.input_binding_sit, unipolar);
-    InputBindingState(pad, next.ThirdPerson, s.input_binding_third_person, unipolar);
-    InputBindingState(pad, next.Zoom, s.input_binding_zoom, unipolar);
-    if (mode == 1) {
-        InputBindingState(pad, next.AvatarInventory, s.input_binding_avatar_inventory_toggle, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelectNext, s.input_binding_avatar_inventory_select_next, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelectPrev, s.input_binding_avatar_inventory_select_prev, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect1, s.input_binding_avatar_inventory_select_1, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect2, s.input_binding_avatar_inventory_select_2, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect3, s.input_binding_avatar_inventory_select_3, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect4, s.input_binding_avatar_inventory_select_4, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect5, s.input_binding_avatar_inventory_select_5, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect6, s.input_binding_avatar_inventory_select_6, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect7, s.input_binding_avatar_inventory_select_7, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect8, s.input_binding_avatar_inventory_select_8, unipolar);
-        InputBindingState(pad, next.AvatarInventorySelect9, s.input_binding_avatar_inventory_select_9, unipolar);
-        InputBindingState(pad, next.AvatarInventoryDeselect, s.input_binding_avatar_inventory_deselect, unipolar);
-        InputBindingState(pad, next.AvatarTranslateForward, s.input_binding_avatar_translate_forward, bipolar);
-        InputBindingState(pad, next.AvatarTranslateBackward, s.input_binding_avatar_translate_backward, bipolar);
-        InputBindingState(pad, next.AvatarTranslateRight, s.input_binding_avatar_translate_right, bipolar);
-        InputBindingState(pad, next.AvatarTranslateLeft, s.input_binding_avatar_translate_left, bipolar);
-        InputBindingState(pad, next.AvatarJump, s.input_binding_avatar_jump, unipolar);
-        // A gamepad's sprint button latches, below; here only a joystick's counts.
-        InputBindingState(none, next.AvatarSprint, s.input_binding_avatar_sprint, unipolar);
-        InputBindingState(pad, next.AvatarCrouch, s.input_binding_avatar_crouch, unipolar);
-        InputBindingState(pad, next.AvatarJetpack, s.input_binding_avatar_jetpack, unipolar);
-        InputBindingState(pad, next.AvatarInteract, s.input_binding_avatar_interact, unipolar);
-        InputBindingState(pad, next.AvatarToolConfigure, s.input_binding_avatar_tool_configure, unipolar);
-        InputBindingState(pad, next.AvatarToolSpecialMode, s.input_binding_avatar_tool_special_mode, unipolar);
-    }
-    InputBindingState(pad, next.GetInfo, s.input_binding_get_info, unipolar);
-    InputBindingState(pad, next.AvatarLight, s.input_binding_avatar_light, unipolar);
-    InputBindingState(pad, next.AvatarLookToggle, s.input_binding_avatar_look_toggle, unipolar);
-    InputBindingState(pad, next.AvatarToolPrimary, s.input_binding_avatar_tool_primary, unipolar);
-    InputBindingState(pad, next.AvatarToolSecondary, s.input_binding_avatar_tool_secondary, unipolar);
-    if (mode == 2) {
-        // While the sticks look around, they do not also steer.
-        auto const& steer = vehicleGamepadLookMode ? none : pad;
-        InputBindingState(pad, next.VehicleTranslateForward, s.input_binding_vehicle_translate_forward, bipolar);
-        InputBindingState(pad, next.VehicleTranslateBackward, s.input_binding_vehicle_translate_backward, bipolar);
-        InputBindingState(pad, next.VehicleTranslateRight, s.input_binding_vehicle_translate_right, bipolar);
-        InputBindingState(pad, next.VehicleTranslateLeft, s.input_binding_vehicle_translate_left, bipolar);
-        InputBindingState(pad, next.VehicleTranslateUp, s.input_binding_vehicle_translate_up, bipolar);
-        InputBindingState(pad, next.VehicleTranslateDown, s.input_binding_vehicle_translate_down, bipolar);
-        InputBindingState(pad, next.VehicleMainThrust, s.input_binding_vehicle_main_thrust, unipolar);
-        InputBindingState(steer, next.VehiclePitchUp, s.input_binding_vehicle_pitch_up, bipolar);
-        InputBindingState(steer, next.VehiclePitchDown, s.input_binding_vehicle_pitch_down, bipolar);
-        InputBindingState(steer, next.VehicleYawRight, s.input_binding_vehicle_yaw_right, bipolar);
-        InputBindingState(steer, next.VehicleYawLeft, s.input_binding_vehicle_yaw_left, bipolar);
-        InputBindingState(pad, next.VehicleRollRight, s.input_binding_vehicle_roll_right, bipolar);
-        InputBindingState(pad, next.VehicleRollLeft, s.input_binding_vehicle_roll_left, bipolar);
-        InputBindingState(pad, next.VehicleAux0, s.input_binding_vehicle_aux_0, unipolar);
-        InputBindingState(pad, next.VehicleAux1, s.input_binding_vehicle_aux_1, unipolar);
-        InputBindingState(pad, next.VehicleAux2, s.input_binding_vehicle_aux_2, unipolar);
-        InputBindingState(pad, next.VehicleAux3, s.input_binding_vehicle_aux_3, unipolar);
-        InputBindingState(pad, next.VehicleAux4, s.input_binding_vehicle_aux_4, unipolar);
-        InputBindingState(pad, next.VehicleAux5, s.input_binding_vehicle_aux_5, unipolar);
-        InputBindingState(pad, next.VehicleAux6, s.input_binding_vehicle_aux_6, unipolar);
-        InputBindingState(pad, next.VehicleAux7, s.input_binding_vehicle_aux_7, unipolar);
-        InputBindingState(pad, next.VehicleAux8, s.input_binding_vehicle_aux_8, unipolar);
-        InputBindingState(pad, next.VehicleAux9, s.input_binding_vehicle_aux_9, unipolar);
-        InputBindingState(pad, next.VehicleGamepadLookToggle, s.input_binding_vehicle_gamepad_look_toggle, unipolar);
-    }
+    std::shared_ptr<Joystick> const none;
+    forEachBinding([&](auto& value, InputBinding const& binding, Reading const& reading) {
+        if (!ReadsPads(reading.pads, mode))
+            return;
+        // A latched gamepad part is read below; a steering one waits while the sticks look around. A joystick's
+        // part counts either way.
+        bool const gamepad = reading.gamepad == GamepadPart::Read ||
+                             (reading.gamepad == GamepadPart::WhileSteering && !vehicleGamepadLookMode);
+        InputBindingState(gamepad ? pad : none, value, binding, reading.polarity == Polarity::Unipolar);
+    });
 
-    // Gamepad look, quadratic in the stick's push.
+    // Gamepad look, quadratic in the stick's push. Every look action takes its negative bindings first, then its
+    // positive ones: a float sum rounds by its order, so the order is fixed rather than left to the table's.
     if (pad && (mode == 1 || (mode == 2 && vehicleGamepadLookMode))) {
-        next.AvatarPitch -= GamepadLook(*pad, s.input_binding_avatar_pitch_down, dt, 1.0);
-        next.AvatarPitch += GamepadLook(*pad, s.input_binding_avatar_pitch_up, dt, 1.0);
-        next.AvatarYaw -= GamepadLook(*pad, s.input_binding_avatar_yaw_left, dt, kGamepadYawFactor);
-        next.AvatarYaw += GamepadLook(*pad, s.input_binding_avatar_yaw_right, dt, kGamepadYawFactor);
+        for (int sign : {-1, +1}) {
+            forEachBinding([&](auto& value, InputBinding const& binding, Reading const& reading) {
+                if (reading.pads == Pads::Look && reading.lookSign == sign)
+                    Add(value, sign * GamepadLook(*pad, binding, dt, reading.lookSpeed));
+            });
+        }
     }
 
     // Gamepad sprint. A sprint button is a stick click, awkward to hold while walking, so it latches until the

@@ -51,6 +51,17 @@ std::set<std::string> ActionsOn() {
 #undef MERIDON_COLLECT_ON
     return on;
 }
+
+/// The names of all actions but `except`.
+std::set<std::string> AllActionsBut(std::set<std::string> const& except) {
+    std::set<std::string> all;
+#define MERIDON_COLLECT_NAME(Name, Kind)                                                                             \
+    if (!except.contains(#Name))                                                                                     \
+        all.insert(#Name);
+    MERIDON_CONTROLLER_ACTIONS(MERIDON_COLLECT_NAME)
+#undef MERIDON_COLLECT_NAME
+    return all;
+}
 }
 
 class ControllerTest : public GameTest {
@@ -212,14 +223,26 @@ TEST_F(ControllerTest, EachModeReadsOnlyItsOwnActions) {
     std::set<std::string> const gamepadInEveryMode = {
         "Escape", "Sit", "ThirdPerson", "Zoom", "GetInfo", "AvatarLight", "AvatarLookToggle", "AvatarToolPrimary",
         "AvatarToolSecondary"};
+    auto gamepadAnd = [&](std::set<std::string> more) {
+        more.insert(gamepadInEveryMode.begin(), gamepadInEveryMode.end());
+        return more;
+    };
+    // Only the look bindings and the vehicle look toggle have no keys; the look is tested apart, sticks are at rest.
+    auto const keyboardOutsideTheInterface = AllActionsBut({"AvatarPitch", "AvatarYaw", "VehicleGamepadLookToggle"});
     Case const cases[] = {
         {"interface, keyboard and mouse", 0, true, false, {"Escape", "InputChat"}},
         {"interface, gamepad", 0, false, true, gamepadInEveryMode},
-        {"interface, both", 0, true, true, [&] {
-             auto both = gamepadInEveryMode;
-             both.insert("InputChat");
-             return both;
-         }()},
+        {"interface, both", 0, true, true, gamepadAnd({"InputChat"})},
+        {"play, keyboard and mouse", 1, true, false, keyboardOutsideTheInterface},
+        {"station, keyboard and mouse", 2, true, false, keyboardOutsideTheInterface},
+        {"play, gamepad", 1, false, true,
+         gamepadAnd({"AvatarInventory", "AvatarInventorySelectPrev", "AvatarInventorySelectNext",
+                     "AvatarInventoryDeselect", "AvatarJump", "AvatarSprint", "AvatarCrouch", "AvatarJetpack",
+                     "AvatarInteract"})},
+        {"station, gamepad", 2, false, true,
+         gamepadAnd({"VehicleTranslateUp", "VehicleTranslateDown", "VehicleMainThrust", "VehicleRollLeft",
+                     "VehicleRollRight", "VehicleAux0", "VehicleAux1", "VehicleAux2", "VehicleAux3", "VehicleAux4",
+                     "VehicleAux5", "VehicleGamepadLookToggle"})},
     };
     PlugGamepad();
     // Give the actions without a default gamepad binding one, so that a missing read shows.
@@ -481,6 +504,24 @@ TEST_F(ControllerTest, InStationModeTheRightStickLooksOrSteersByTheLookMode) {
     Pass(0.1);
     EXPECT_EQ(Controller::state.AvatarPitch, 0.0);
     EXPECT_EQ(Controller::GetVehiclePitchUp(), 1.0);
+}
+
+TEST_F(ControllerTest, AJoystickStillCountsWhereTheGamepadPartWaits) {
+    PlugGamepad();
+    PlugJoystick();
+    // While the sticks look around, the gamepad does not steer, but a joystick still does.
+    Game::_inputMode = 2;
+    ASSERT_TRUE(Controller::vehicleGamepadLookMode);
+    SetJoystickAxis(1, 0.5f); // JOYSTICK_AXIS_2, bound to the vehicle's pitch up
+    Pass();
+    EXPECT_NEAR(Controller::GetVehiclePitchUp(), 0.5, 1e-6);
+    // The gamepad's sprint latches apart from the pass, but a joystick's sprint button counts as it is.
+    Game::_inputMode = 1;
+    settings->input_binding_avatar_sprint.joystick_button = 2;
+    window.GetDevice(kJoystickSlot)->buttons[2] = 1;
+    Game::_joysticks[kJoystickSlot]->InputUpdate();
+    Pass();
+    EXPECT_TRUE(Controller::GetAvatarSprint());
 }
 
 // ---- Wiring ---------------------------------------------------------------------------------------------------------
