@@ -21,7 +21,9 @@ Runs the game from the current folder, which holds modules/ and game/.
   --autosave MINUTES minutes between autosaves of the world (0: none; default 5)
   --screenshot PATH  save the last frame as a PNG when the run ends
   --validation       turn on the Vulkan validation layers and report what they find
-  --verbose          report what was loaded, and the status line even off a terminal
+  --verbose          report the modules and entity types loaded, the entities loaded and saved, and the status
+                     line even off a terminal
+  --version          show the launcher's version
   --help             show this text
 
 Every option that takes a value, but --config, --ticks, --seconds and --screenshot, may also stand in the
@@ -56,6 +58,9 @@ std::optional<int> ApplyCommandLine(int argc, char** argv, LauncherConfig& confi
         std::string option = argv[i];
         if (option == "--help" || option == "-h") {
             std::cout << kUsage;
+            return 0;
+        } else if (option == "--version") {
+            std::cout << "meridon " << MERIDON_VERSION << "\n";
             return 0;
         } else if (option == "--server") {
             config.server = true;

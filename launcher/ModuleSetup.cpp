@@ -5,6 +5,9 @@
 #include "modules/MERIDON_Mod.h"
 #include "modules/SERVER_Mod.h"
 
+#include <dlfcn.h>
+
+#include <cstdint>
 #include <filesystem>
 #include <iostream>
 
@@ -59,9 +62,29 @@ bool ContentModulesExist(std::vector<std::string> const& names) {
             std::cerr << "meridon: content module '" << name << "' has no library at "
                       << std::filesystem::absolute(file).string() << std::endl;
             found = false;
+        } else if (!ContentModuleVersionFits(name, file)) {
+            found = false;
         }
     }
     return found;
+}
+
+bool ContentModuleVersionFits(std::string const& name, std::string const& library) {
+    // Opened on its own and closed again, only to read the number: the game opens it for good when it starts.
+    void* handle = dlopen(library.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    if (!handle) {
+        char const* reason = dlerror();
+        std::cerr << "meridon: content module '" << name << "' cannot be opened: "
+                  << (reason ? reason : "unknown dlopen error") << std::endl;
+        return false;
+    }
+    auto const* version = static_cast<uint32_t const*>(dlsym(handle, "_MERIDON_Mod_VERSION"));
+    bool const fits = !version || *version == MERIDON_MOD_VERSION;
+    if (!fits)
+        std::cerr << "meridon: content module '" << name << "' is of module version " << *version
+                  << ", and this game takes version " << MERIDON_MOD_VERSION << ": " << library << std::endl;
+    dlclose(handle);
+    return fits;
 }
 
 bool UnloadLauncherModules() {

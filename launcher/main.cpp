@@ -5,6 +5,7 @@
 #include "LoopThread.h"
 #include "ModuleSetup.h"
 #include "StatusLine.h"
+#include "VerboseReport.h"
 
 #include "engine/graphics/WindowGlfw.h"
 #include "engine/graphics/WindowHeadless.h"
@@ -148,6 +149,7 @@ void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
                RenderLoop* frames) {
     bool terminal = isatty(STDOUT_FILENO);
     bool showStatus = config.verbose || terminal;
+    quorl::FPSCounter const* render = frames ? &Game::mainRenderingFramerate : nullptr;
     auto start = std::chrono::steady_clock::now();
     auto nextStatus = start + std::chrono::seconds(1);
     while (Game::isActive) {
@@ -171,9 +173,9 @@ void Supervise(LauncherConfig const& config, sigset_t const& quitSignals,
         if (showStatus && now >= nextStatus) {
             // A terminal redraws one line in place; a log gets a line per second.
             if (terminal)
-                std::cout << '\r' << StatusLine(loops) << "\x1b[K" << std::flush;
+                std::cout << '\r' << StatusLine(render, loops) << "\x1b[K" << std::flush;
             else
-                std::cout << StatusLine(loops) << std::endl;
+                std::cout << StatusLine(render, loops) << std::endl;
             nextStatus += std::chrono::seconds(1);
         }
     }
@@ -215,8 +217,12 @@ bool RunGame(LauncherConfig const& config, sigset_t const& quitSignals, quorl::g
     Game::isActive = true;
     bool failed = !Attempt([&] {
         Game::Start();
+        if (config.verbose)
+            PrintLoaded(std::cout);
         // Content modules have registered their entity types by now, so saved entities find their behaviour.
-        world->Load();
+        size_t const loaded = world->Load();
+        if (config.verbose)
+            std::cout << "meridon: world '" << config.world << "': " << loaded << " entities loaded" << std::endl;
         SERVER_Mod::CallHooks(&SERVER_Mod::Server_Load, config.world.c_str());
         Game::Ready();
         GAME_Init::CallHooks(&GAME_Init::SplashEnd);
@@ -246,6 +252,9 @@ bool RunGame(LauncherConfig const& config, sigset_t const& quitSignals, quorl::g
     bool saved = false;
     if (!Attempt([&] { saved = world->Close(failed); }) || !saved)
         failed = true;
+    else if (config.verbose)
+        std::cout << "meridon: world '" << config.world << "': " << world->LastSaveEntities() << " entities saved"
+                  << std::endl;
     if (!Attempt([] { Game::Stop(); }))
         failed = true;
     return !failed;

@@ -5,13 +5,20 @@
 #include <cstdint>
 
 /// The version a content module was written against, exported by it as `_MERIDON_Mod_VERSION`. The game only
-/// stores the symbol's address; a module without it loads all the same.
+/// stores the symbol's address; the launcher refuses a content module that exports another version, while a module
+/// without the symbol loads all the same.
 #define MERIDON_MOD_VERSION 1u
 
 /// Content modules, named in Game::_mods: loaded by Game::Start, unloaded by Game::Stop.
-#define MERIDON_MERIDON_MOD_HOOKS(HOOK) \
-    HOOK(Load, void, ())                \
-    HOOK(Unload, void, ())
+#define MERIDON_MERIDON_MOD_HOOKS(HOOK)                                                                                \
+    HOOK(Load, void, (),                                                                                               \
+         "Once, in Game::Start after the content modules are opened, before the world's saved entities load: the "     \
+         "place to register entity types. Modules are called in no set order",                                         \
+         "main", "")                                                                                                   \
+    HOOK(Unload, void, (),                                                                                             \
+         "Once, in Game::Stop after the world is saved and its entities dropped, right before the library closes: "    \
+         "remove what Load registered",                                                                                \
+         "main", "")
 
 struct MERIDON_EXPORT MeridonModHooks {
     static constexpr char const* CLASS = "MERIDON_Mod";

@@ -14,7 +14,13 @@
 //     ModuleSort(list)  the module's place in the sorted list `list`; lower runs first, 0 when absent.
 //     ModuleSetCustomPtr(pointer) / ModuleGetCustomPtr()  a pointer the launcher or other modules may exchange.
 //
-// Hooks run on the launcher's loop threads, under the shared side of their class's registry lock.
+// Hooks run on the launcher's threads, under the shared side of their class's registry lock. When each hook runs,
+// on which thread and in which order is in docs/modules.md, written from the hook tables themselves.
+//
+// ImGui: every library that calls ImGui must draw in the game's context with the game's allocators, since ImGui
+// keeps both in globals of the copy of it that a library was linked with. Include modules/ImGuiHost.h and call
+// modules::UseHostImGui() at the top of each hook that calls ImGui; draw only from Renderer_FrameUpdateUi, where the
+// game's ImGui frame is open.
 //
 // A hook may throw. The call passes it on as a modules::HookError whose message names the module and the hook
 // ("module VENDOR_name, hook Game_Update: " and what was thrown), and the launcher then stops the game the ordinary
@@ -30,9 +36,5 @@ MERIDON_GAME_INIT_HOOKS(MERIDON_HOOK_EXPORT)
 MERIDON_GAME_MOD_HOOKS(MERIDON_HOOK_EXPORT)
 MERIDON_SERVER_MOD_HOOKS(MERIDON_HOOK_EXPORT)
 MERIDON_MERIDON_MOD_HOOKS(MERIDON_HOOK_EXPORT)
-MERIDON_HOOK_EXPORT(ModuleLoad, void, ())
-MERIDON_HOOK_EXPORT(ModuleUnload, void, ())
-MERIDON_HOOK_EXPORT(ModuleSort, int, (char const* listName))
-MERIDON_HOOK_EXPORT(ModuleSetCustomPtr, void, (void* pointer))
-MERIDON_HOOK_EXPORT(ModuleGetCustomPtr, void*, ())
+MERIDON_MODULE_HOOKS(MERIDON_HOOK_EXPORT)
 extern "C" __attribute__((visibility("default"))) uint32_t const _MERIDON_Mod_VERSION;

@@ -13,12 +13,35 @@
 #include <unordered_map>
 #include <vector>
 
-/// A hook table lists its hooks once, as HOOK(symbol, result, (arguments)); these turn the list into fields,
-/// symbol look-ups and, for module authors, checked declarations of the exported functions.
-#define MERIDON_HOOK_FIELD(symbol, result, arguments) result(*symbol) arguments = nullptr;
-#define MERIDON_HOOK_FETCH(symbol, result, arguments) fetch(symbol, #symbol);
-#define MERIDON_HOOK_EXPORT(symbol, result, arguments) \
+/// A hook table lists its hooks once, as HOOK(symbol, result, (arguments), "when", "thread", "list"): when the hook
+/// runs, on which of the launcher's threads ("main", "game", "input", "server"; "-" for a hook the launcher never
+/// calls) and the sorted list that orders its calls ("" for every module, in the registry's own order). These turn
+/// the list into fields, symbol look-ups and, for module authors, checked declarations of the exported functions;
+/// the hook reference docs/modules.md is written from the same rows.
+#define MERIDON_HOOK_FIELD(symbol, result, arguments, ...) result(*symbol) arguments = nullptr;
+#define MERIDON_HOOK_FETCH(symbol, result, arguments, ...) fetch(symbol, #symbol);
+#define MERIDON_HOOK_EXPORT(symbol, result, arguments, ...)                                                            \
     extern "C" __attribute__((visibility("default"))) result symbol arguments;
+
+/// The hooks every module class fetches besides its own table.
+#define MERIDON_MODULE_HOOKS(HOOK)                                                                                     \
+    HOOK(ModuleLoad, void, (),                                                                                         \
+         "Once, right after the library opens, with the registry of its class locked: load, unload or walk no "        \
+         "module of that class from here. A throw fails the load",                                                     \
+         "main", "")                                                                                                   \
+    HOOK(ModuleUnload, void, (),                                                                                       \
+         "Once, right before the library closes: at exit for the launcher's modules, in Game::Stop for content "       \
+         "modules. A throw is reported on standard error and the library closes all the same",                         \
+         "main", "")                                                                                                   \
+    HOOK(ModuleSort, int, (char const* listName),                                                                      \
+         "Once per sorted list, after loading and before SplashBegin; GAME_Mod modules only. The answer is the "       \
+         "module's place in `listName`, lower first (0 without this hook), ties broken by module name",                \
+         "main", "")                                                                                                   \
+    HOOK(ModuleSetCustomPtr, void, (void* pointer),                                                                    \
+         "When the launcher or another module hands this module a pointer; `meridon` itself never does",               \
+         "caller's", "")                                                                                               \
+    HOOK(ModuleGetCustomPtr, void*, (),                                                                                \
+         "When the launcher or another module asks for the pointer; `meridon` itself never does", "caller's", "")
 
 namespace modules {
 
@@ -50,15 +73,9 @@ public:
     /// Why the module did not open: dlopen's error, or what its ModuleLoad threw; null for an open module.
     char const* error = nullptr;
 
-    /// Called once when the library has been opened, and once before it is closed. A ModuleLoad that throws fails
-    /// the load, and its module is not unloaded; what ModuleUnload throws is written to standard error.
-    void (*ModuleLoad)() = nullptr;
-    void (*ModuleUnload)() = nullptr;
-    /// The module's place in a sorted list: lower comes first. Asked by the launcher, once per list, before it sorts.
-    int (*ModuleSort)(char const* listName) = nullptr;
-    /// A pointer the launcher or another module may hand to this module, and read back.
-    void (*ModuleSetCustomPtr)(void* pointer) = nullptr;
-    void* (*ModuleGetCustomPtr)() = nullptr;
+    /// ModuleLoad, ModuleUnload, ModuleSort, ModuleSetCustomPtr and ModuleGetCustomPtr. A ModuleLoad that throws
+    /// fails the load, and its module is not unloaded; what ModuleUnload throws is written to standard error.
+    MERIDON_MODULE_HOOKS(MERIDON_HOOK_FIELD)
 
     /// Opens modules/<name>/<name>.<CLASS>.so, or returns the module already loaded under that name.
     static Ptr LoadModule(std::string const& name, bool reportErrors);
@@ -119,10 +136,10 @@ public:
     }
 
 private:
-    /// Calls `visit(field, symbol)` for every hook field of the module, the class's table and the five that every
+    /// Calls `fetch(field, symbol)` for every hook field of the module, the class's table and the five that every
     /// class has: the one list of symbols that both fetching and naming hooks read.
     template <class Visit>
-    void ForEachHookField(Visit&& visit);
+    void ForEachHookField(Visit&& fetch);
     /// The symbol of the hook field at `field`.
     char const* HookName(void const* field);
 

@@ -91,13 +91,9 @@ ModuleClass<Self, Hooks>::~ModuleClass() {
 
 template <class Self, class Hooks>
 template <class Visit>
-void ModuleClass<Self, Hooks>::ForEachHookField(Visit&& visit) {
-    this->FetchHooks(visit);
-    visit(ModuleLoad, "ModuleLoad");
-    visit(ModuleUnload, "ModuleUnload");
-    visit(ModuleSort, "ModuleSort");
-    visit(ModuleSetCustomPtr, "ModuleSetCustomPtr");
-    visit(ModuleGetCustomPtr, "ModuleGetCustomPtr");
+void ModuleClass<Self, Hooks>::ForEachHookField(Visit&& fetch) {
+    this->FetchHooks(fetch);
+    MERIDON_MODULE_HOOKS(MERIDON_HOOK_FETCH)
 }
 
 template <class Self, class Hooks>

@@ -9,6 +9,7 @@
 // C linkage; the header holds every hook's declaration, so a wrong signature is a compile error. Every hook is
 // optional.
 
+#include "modules/ImGuiHost.h"
 #include "modules/ModuleApi.h"
 
 #include "game/Game.h"
@@ -48,6 +49,18 @@ extern "C" void Renderer_FrameRenderCommands(VkCommandBuffer commands) {
     VkClearColorValue const space{{0.01f, 0.015f, 0.04f, 1.0f}};
     VkImageSubresourceRange const whole{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
     renderer->vkCmdClearColorImage(commands, renderer->CurrentImage(), VK_IMAGE_LAYOUT_GENERAL, &space, 1, &whole);
+}
+
+// The interface, on the render thread inside the game's ImGui frame, for modules of the "ui" list. ImGui keeps its
+// context and allocators in globals of whichever copy of ImGui a library was linked with, so every hook that calls
+// ImGui first points this library's copy at the game's (modules/ImGuiHost.h); false means no renderer has made one.
+extern "C" void Renderer_FrameUpdateUi() {
+    if (!Game::uiVisible || !modules::UseHostImGui())
+        return;
+    ImGui::SetNextWindowPos(ImVec2(10.0f, 10.0f), ImGuiCond_FirstUseEver);
+    ImGui::Begin("MERIDON_example", nullptr, ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoSavedSettings);
+    ImGui::Text("Game loop passes: %ld", framesSeen.load());
+    ImGui::End();
 }
 
 // The game loop, once per pass, for modules of the "update" list. The argument is the smoothed frame time in

@@ -171,7 +171,9 @@ size_t SavedWorld::Load() {
         std::string const path = Folder() + "/entities/" + file.filename().string();
         if (!failure) {
             _fileHashes[path] = Hash(ReadWhole(path));
-            progress.Step(++loaded);
+            // A file whose module is not loaded stays on disk for a later run, and is no entity of this one.
+            if (ServerSideEntity::Get(Id(file.stem().string())))
+                progress.Step(++loaded);
             return;
         }
         if (!IsIdName(file.stem().string())) {
@@ -270,6 +272,8 @@ bool SavedWorld::Save(bool withRemovals) {
     progress.Finish(considered);
 
     _lastSaveFailed = !failures.empty();
+    if (!_lastSaveFailed)
+        _lastSaveEntities = considered;
     if (_lastSaveFailed) {
         std::cerr << "World '" << _name << "': the save failed:";
         for (auto const& failure : failures)

@@ -33,7 +33,7 @@ public:
 
     /// Restores the saved entities. A file that fails is reported on standard error with its path and the reason
     /// and moved into "quarantine/" with the time in its name; a file whose name is no id is reported and left where
-    /// it is. Returns the number of entities loaded.
+    /// it is. Returns the number of entities loaded, which leaves out the files kept for modules not loaded.
     size_t Load();
     /// Saves every entity with a non-zero save_tag that is no component, writing only the files whose bytes changed
     /// since they were loaded or last saved, and removes the files of entities destroyed since. It lands whole or
@@ -42,6 +42,8 @@ public:
     bool Save() { return Save(true); }
     /// Saves when `autosaveSeconds` have passed since the last save; for the server thread, between ticks.
     void AutosaveIfDue();
+    /// How many entities the last save that succeeded holds (changed or not); 0 before one has.
+    size_t LastSaveEntities() const { return _lastSaveEntities; }
     /// Saves a last time and drops every entity. The removals of destroyed entities' files land only when that save
     /// succeeded and the world does not close after an error (`afterError`). Returns whether the save succeeded.
     bool Close(bool afterError);
@@ -71,6 +73,7 @@ private:
     std::set<std::string> _removals;
     std::chrono::steady_clock::time_point _lastSave;
     bool _lastSaveFailed = false;
+    size_t _lastSaveEntities = 0;
 
     static SavedWorld* _open;
     static std::mutex _openMutex;

@@ -9,6 +9,7 @@
 #include "game/entity/ServerSideEntityInterface.h"
 
 #include <filesystem>
+#include <iostream>
 
 namespace game::entity {
 
@@ -26,11 +27,30 @@ constexpr int kMaxTreeDepth = 4096;
 
 // ---- Construction --------------------------------------------------------------------------------------------------
 
+namespace {
+
+/// An entity of a type nobody registered would run no code and never be saved, and nothing else would show it: say
+/// so, once per module and type, as it is most likely a misspelt name or a type registered too late.
+void WarnUnregisteredType(std::string const& module, std::string const& type) {
+    static std::mutex mutex;
+    static std::set<std::pair<std::string, std::string>> warned;
+    std::lock_guard lock(mutex);
+    if (!warned.emplace(module, type).second)
+        return;
+    std::cerr << "Entity type \"" << type << "\" of module \"" << module << "\" is not registered: its entities get no "
+              << "interface and no config, so nothing starts or saves them. Register the type in "
+              << "ServerSideEntity::_registered_interfaces from the module's Load." << std::endl;
+}
+
+}
+
 ServerSideEntity::ServerSideEntity(quorl::modular::ModuleID const& module, std::string const& type, Id id)
     : id(id.IsNull() ? Id::Generate("ENTT") : id) {
     this->module = module;
     this->type = type;
-    Construct();
+    // Only new entities: a saved one whose module is absent is kept on disk for a later run, by design.
+    if (!Construct())
+        WarnUnregisteredType(module.String(), type);
 }
 
 ServerSideEntity::ServerSideEntity(Id id, quorl::filesystem::ReadOnlyStream& out) : id(id) {
@@ -38,13 +58,13 @@ ServerSideEntity::ServerSideEntity(Id id, quorl::filesystem::ReadOnlyStream& out
     Construct();
 }
 
-void ServerSideEntity::Construct() {
+bool ServerSideEntity::Construct() {
     auto types = _registered_interfaces.find(module.String());
     if (types == _registered_interfaces.end())
-        return;
+        return false;
     auto definition = types->second.find(type);
     if (definition == types->second.end())
-        return;
+        return false;
     auto const& typeDef = definition->second;
     if (typeDef.factory)
         interface = typeDef.factory();
@@ -53,6 +73,7 @@ void ServerSideEntity::Construct() {
         config = typeDef.config;
     }
     InitNodes();
+    return true;
 }
 
 ServerSideEntity::~ServerSideEntity() {
@@ -91,6 +112,13 @@ void ServerSideEntity::ForEach(std::function<void(std::shared_ptr<ServerSideEnti
         auto copy = entity;
         function(copy);
     }
+}
+
+void ServerSideEntity::ForEachRegisteredType(
+    std::function<void(std::string const& module, std::string const& type)> const& function) {
+    for (auto const& [module, types] : _registered_interfaces)
+        for (auto const& [type, definition] : types)
+            function(module, type);
 }
 
 quorl::modular::ModuleID ServerSideEntity::FindModuleID(std::string const& name) {

@@ -36,7 +36,7 @@ public:
     };
 
     /// A new entity of `type`. A null `id` is replaced by a fresh one with the prefix "ENTT". An unknown module or
-    /// type gives an entity without interface and config.
+    /// type gives an entity without interface and config, and a warning on standard error, once per module and type.
     ServerSideEntity(quorl::modular::ModuleID const& module, std::string const& type, Id id);
     /// A saved entity, read from its state file; `out` receives the interface's block. Throws the save-file errors.
     ServerSideEntity(Id id, quorl::filesystem::ReadOnlyStream& out);
@@ -59,6 +59,10 @@ public:
     static std::shared_ptr<T> Get(Id const& id);
     /// Calls `function` for every living entity under the shared lock: it must not create or unload entities.
     static void ForEach(std::function<void(std::shared_ptr<ServerSideEntity> const&)> const& function);
+    /// Calls `function` for every registered entity type, by module string, then type name. Not locked, like the
+    /// table: for the thread that registers types, outside the loops.
+    static void ForEachRegisteredType(
+        std::function<void(std::string const& module, std::string const& type)> const& function);
     /// The module that registered `name` as an entity type, or else as an item; the null id when none did.
     static quorl::modular::ModuleID FindModuleID(std::string const& name);
 
@@ -128,8 +132,9 @@ public:
     static std::recursive_mutex _module_entities_mutex;
 
 private:
-    /// Interface and config from the registry, then the nodes; shared by both constructors.
-    void Construct();
+    /// Interface and config from the registry, then the nodes; shared by both constructors. False when the type is
+    /// not registered.
+    bool Construct();
     void WriteFields(quorl::filesystem::WriteOnlyStream& stream) const;
 };
 

@@ -1,3 +1,4 @@
+#include "modules/MERIDON_Mod.h"
 #include "tests/support/Process.h"
 
 #include <gtest/gtest.h>
@@ -6,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 
@@ -95,12 +97,15 @@ TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
         char const* what;
         char const* file;  // launcher.ini's text; null for no file
         std::vector<std::string> options;
-        char const* message;
+        std::string message;
     };
     std::string const ini = "launcher-config-case.ini";
     std::vector<Case> const cases{
         {"missing --config file", nullptr, {"--config", "nowhere.ini"}, "--config: cannot read 'nowhere.ini': no such file"},
         {"unknown content module", "", {"--mods", "TEST_nowhere"}, "content module 'TEST_nowhere' has no library at"},
+        {"content module of another version", "", {"--mods", "TEST_beta,TEST_version"},
+         "content module 'TEST_version' is of module version " + std::to_string(MERIDON_MOD_VERSION + 1) +
+             ", and this game takes version " + std::to_string(MERIDON_MOD_VERSION) + ": "},
         {"section in the wrong case", "[Launcher]\nserver_hz = 30\n", {},
          ":1: unknown section [Launcher]; the launcher reads [launcher]"},
         {"unknown key", "[launcher]\nworld_name = x\n", {}, ":2: unknown key \"world_name\""},
@@ -136,4 +141,41 @@ TEST(LauncherTest, HelpDescribesTheOptions) {
 TEST(LauncherTest, SecondsLimitEndsTheRun) {
     auto result = Launch({"--server", "--seconds", "0.2", "--modules", "TEST_alpha"});
     EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+
+TEST(LauncherTest, VersionAndVerboseSayWhatRunsAndWhatWasSaved) {
+    auto version = Launch({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_EQ(version.out, "meridon " MERIDON_VERSION "\n");
+
+    std::string const world = testing::UnitTest::GetInstance()->current_test_info()->name();
+    std::filesystem::remove_all("../Meridon-data/server/worlds/" + world);
+    // A client that gives its new world three saved entities. A run of more than a second shows a status line: the
+    // pass that ends it prints one when due. TEST_entities has no version symbol and TEST_beta the game's own, so
+    // both load.
+    setenv("MERIDON_TEST_ENTITIES", "kept:3", 1);
+    auto client = Launch({"--seconds", "1.2", "--modules", "TEST_alpha,TEST_entities", "--mods",
+                          "TEST_entities,TEST_beta", "--verbose"});
+    unsetenv("MERIDON_TEST_ENTITIES");
+    EXPECT_EQ(client.exitCode, 0) << client.err;
+    std::vector<std::string> const lines{
+        "meridon: module TEST_alpha: GAME_Init, GAME_Mod, SERVER_Mod\n",
+        "meridon: module TEST_beta: MERIDON_Mod\n",
+        "meridon: module TEST_entities: SERVER_Mod, MERIDON_Mod\n",
+        "meridon: entity type kept of module TEST_entities\n",
+        "meridon: entity type crate of module TEST_entities\n",
+        "meridon: world '" + world + "': 0 entities loaded\n",
+        "meridon: world '" + world + "': 3 entities saved\n",
+        "\nrender ",
+    };
+    for (auto const& line : lines)
+        EXPECT_NE(client.out.find(line), std::string::npos) << line << " in:\n" << client.out;
+    EXPECT_LT(client.out.find("entity type"), client.out.find("entities loaded")) << "types are listed before the load";
+
+    auto server = Launch({"--server", "--ticks", "1", "--modules", "TEST_entities", "--mods", "TEST_entities",
+                          "--verbose"});
+    EXPECT_EQ(server.exitCode, 0) << server.err;
+    EXPECT_NE(server.out.find("meridon: world '" + world + "': 3 entities loaded\n"), std::string::npos) << server.out;
+    EXPECT_NE(server.out.find("meridon: world '" + world + "': 3 entities saved\n"), std::string::npos) << server.out;
+    EXPECT_EQ(server.out.find("meridon: module TEST_alpha"), std::string::npos) << server.out;
 }

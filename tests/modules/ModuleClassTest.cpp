@@ -55,7 +55,7 @@ TYPED_TEST(ModuleClassTypedTest, MissingLibraryIsNullAndReportedOnlyWhenAsked) {
 TYPED_TEST(ModuleClassTypedTest, EveryHookOfTheTableIsFetchedByItsSymbol) {
     auto module = TypeParam::LoadModule("TEST_every", true);
     ASSERT_NE(module, nullptr);
-#define EXPECT_FETCHED(symbol, result, arguments) EXPECT_NE(module->symbol, nullptr) << #symbol;
+#define EXPECT_FETCHED(symbol, result, arguments, ...) EXPECT_NE(module->symbol, nullptr) << #symbol;
     if constexpr (std::is_same_v<TypeParam, GAME_Init>) {
         MERIDON_GAME_INIT_HOOKS(EXPECT_FETCHED)
     } else if constexpr (std::is_same_v<TypeParam, GAME_Mod>) {

@@ -59,6 +59,42 @@ TEST_F(ServerSideEntityTest, UnknownTypeGivesAnEntityWithoutBehaviour) {
     EXPECT_EQ(Make("no_such_type")->interface, nullptr);
 }
 
+TEST_F(ServerSideEntityTest, NewEntityOfAnUnregisteredTypeIsReportedOncePerModuleAndTypeAndASavedOneIsNot) {
+    // A saved entity whose type is gone, as when its module is absent: kept on disk without a word.
+    auto kept = Make("kept");
+    kept->save_tag = 1;
+    kept->Serialize();
+    Id const keptId = kept->id;
+    kept->delete_save_on_destroy = false;
+    kept.reset();
+    {
+        std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+        ServerSideEntity::_sharedObjects.erase(keptId);
+    }
+    auto& types = ServerSideEntity::_registered_interfaces[EntityWorld::Module().String()];
+    auto keptType = types.extract("kept");
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(ServerSideEntity::Interface::Create(keptId), nullptr);
+    Make("misspelt_crate");
+    Make("misspelt_crate");
+    ServerSideEntity::Create(quorl::modular::ModuleID("NOBODY_here"), "misspelt_crate", Id{});
+    std::string const said = testing::internal::GetCapturedStderr();
+    types.insert(std::move(keptType));
+
+    auto count = [&](std::string const& text) {
+        size_t found = 0;
+        for (size_t at = said.find(text); at != std::string::npos; at = said.find(text, at + 1))
+            ++found;
+        return found;
+    };
+    EXPECT_EQ(count("is not registered"), 2u) << said;
+    EXPECT_EQ(count("Entity type \"misspelt_crate\" of module \"TEST_entities\" is not registered"), 1u) << said;
+    EXPECT_EQ(count("Entity type \"misspelt_crate\" of module \"NOBODY_here\" is not registered"), 1u) << said;
+    EXPECT_EQ(count("kept"), 0u) << said;
+    EXPECT_TRUE(std::filesystem::exists(EntityWorld::EntitiesFolder() + "/" + keptId.String() + ".entitystate"));
+}
+
 TEST_F(ServerSideEntityTest, KnownTypeTakesItsNodesFromTheConfigReadOnce) {
     auto crate = Make("crate");
     ASSERT_NE(crate->interface, nullptr);

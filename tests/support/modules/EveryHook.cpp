@@ -13,7 +13,7 @@ Result Nothing() {
         return Result{};
 }
 
-#define DEFINE_HOOK(symbol, result, arguments) extern "C" result symbol arguments { return Nothing<result>(); }
+#define DEFINE_HOOK(symbol, result, arguments, ...) extern "C" result symbol arguments { return Nothing<result>(); }
 MERIDON_GAME_INIT_HOOKS(DEFINE_HOOK)
 MERIDON_GAME_MOD_HOOKS(DEFINE_HOOK)
 MERIDON_SERVER_MOD_HOOKS(DEFINE_HOOK)
