@@ -1,5 +1,7 @@
 #include "Process.h"
 
+#include "tests/support/TempDirectory.h"
+
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -7,18 +9,14 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <thread>
 
 namespace {
 std::string ReadAndRemove(std::string const& path) {
-    std::ifstream file(path);
-    std::stringstream text;
-    text << file.rdbuf();
+    auto text = ReadFile(path);
     std::filesystem::remove(path);
-    return text.str();
+    return text;
 }
 }
 

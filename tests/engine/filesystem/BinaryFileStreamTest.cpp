@@ -1,6 +1,7 @@
 #include "engine/filesystem/BinaryFileStream.h"
 #include "engine/filesystem/WriteOnlyStream.h"
 
+#include "tests/support/Capture.h"
 #include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
@@ -13,16 +14,6 @@ using quorl::filesystem::WriteOnlyStream;
 using testing::HasSubstr;
 
 namespace {
-
-template <class Action>
-std::string ErrorOf(Action action) {
-    try {
-        action();
-    } catch (std::runtime_error const& error) {
-        return error.what();
-    }
-    return "no exception";
-}
 
 class BinaryFileStreamTest : public testing::Test {
 protected:
@@ -64,40 +55,33 @@ void ExpectSave(BinaryFileStream& in) {
     EXPECT_EQ(in.Remaining(), 0u);
 }
 
-TEST_F(BinaryFileStreamTest, SaveFileRoundTripsWithAnyBufferSize) {
+TEST_F(BinaryFileStreamTest, SaveFileRoundTripsWithAnyBufferSizeFlushedByHandOrByTheDestructor) {
     for (unsigned long bufferSize : {0ul, 1ul, 4ul, 17ul, 1024ul, 1ul << 20}) {
-        SCOPED_TRACE(bufferSize);
-        {
-            BinaryFileStream out(path, bufferSize);
-            WriteSave(out);
-            out.Flush();
+        for (bool flush : {true, false}) {
+            SCOPED_TRACE(testing::Message() << bufferSize << (flush ? " flushed" : " destroyed"));
+            std::filesystem::remove(path);
+            {
+                BinaryFileStream out(path, bufferSize);
+                WriteSave(out);
+                if (flush)
+                    out.Flush();
+            }
+            BinaryFileStream in(path, bufferSize);
+            ExpectSave(in);
         }
-        BinaryFileStream in(path, bufferSize);
-        ExpectSave(in);
     }
 }
 
-TEST_F(BinaryFileStreamTest, DestructorFlushesWhatWasWritten) {
-    {
-        BinaryFileStream out(path, 1024);
-        out.Write(uint32_t{7});
-    }
-    EXPECT_EQ(ReadFile(path), std::string("\x07\0\0\0", 4));
-}
-
-TEST_F(BinaryFileStreamTest, OpeningAMissingFileForReadingNamesThePath) {
+TEST_F(BinaryFileStreamTest, OpeningFailuresNameThePathAndReason) {
     BinaryFileStream in(path, 1024);
     uint8_t value = 0;
     auto error = ErrorOf([&] { in.Read(value); });
     EXPECT_THAT(error, HasSubstr("\"" + path + "\""));
     EXPECT_THAT(error, HasSubstr("No such file or directory"));
-}
 
-TEST_F(BinaryFileStreamTest, OpeningForWritingInAMissingFolderNamesThePath) {
     auto missing = directory.File("no-such-folder/world.sav");
     BinaryFileStream out(missing, 1024);
-    auto error = ErrorOf([&] { out.Write(uint8_t{1}); });
-    EXPECT_THAT(error, HasSubstr("\"" + missing + "\" for writing"));
+    EXPECT_THAT(ErrorOf([&] { out.Write(uint8_t{1}); }), HasSubstr("\"" + missing + "\" for writing"));
 }
 
 TEST_F(BinaryFileStreamTest, ReadingPastTheEndNamesThePath) {
@@ -127,15 +111,13 @@ TEST_F(BinaryFileStreamTest, TheFirstUseDecidesTheDirection) {
 }
 
 TEST_F(BinaryFileStreamTest, FullDiskIsReportedByFlushAndByTheDestructor) {
-    testing::internal::CaptureStderr();
-    {
+    auto reported = StderrOf([] {
         BinaryFileStream out("/dev/full", 1024);
         out.Write(uint64_t{1});
         auto error = ErrorOf([&] { out.Flush(); });
         EXPECT_THAT(error, HasSubstr("\"/dev/full\""));
         EXPECT_THAT(error, HasSubstr("No space left on device"));
-    }
-    auto reported = testing::internal::GetCapturedStderr();
+    });
     EXPECT_THAT(reported, HasSubstr("\"/dev/full\": No space left on device; 8 buffered bytes lost"));
 }
 

@@ -1,6 +1,7 @@
 #include "engine/graphics/DynamicAsyncTexture.h"
 
-#include "tests/engine/graphics/TextureDevice.h"
+#include "tests/support/TempDirectory.h"
+#include "tests/support/VulkanDevice.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,14 @@ using quorl::graphics::DynamicAsyncTexture;
 
 namespace {
 
+/// RGBA8 pixels as the bytes of a PNG file.
+std::vector<unsigned char> EncodePng(int width, int height, std::vector<unsigned char> const& rgba) {
+    TempDirectory directory;
+    quorl::graphics::Texture::SaveFile(directory.File("frame.png"), width, height, 4, false, rgba.data(), 0);
+    auto const png = ReadFile(directory.File("frame.png"));
+    return {png.begin(), png.end()};
+}
+
 std::vector<unsigned char> Solid(int width, int height, std::vector<unsigned char> const& colour) {
     std::vector<unsigned char> rgba;
     for (int i = 0; i < width * height; ++i)
@@ -20,7 +29,7 @@ std::vector<unsigned char> Solid(int width, int height, std::vector<unsigned cha
 
 }
 
-using DynamicAsyncTextureTest = TextureDeviceTest;
+using DynamicAsyncTextureTest = VulkanDeviceTest;
 
 TEST_F(DynamicAsyncTextureTest, IsBlackAndReadableBeforeTheFirstFrame) {
     DynamicAsyncTexture texture(device.get(), 4, 3, "video");

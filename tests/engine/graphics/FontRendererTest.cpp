@@ -1,5 +1,6 @@
 #include "engine/graphics/FontRenderer.h"
 
+#include "tests/support/Capture.h"
 #include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <optional>
 
 using quorl::graphics::FontRenderer;
 using testing::HasSubstr;
@@ -30,15 +32,6 @@ public:
 private:
     std::filesystem::path _previous;
 };
-
-std::string ErrorOfLoading() {
-    try {
-        FontRenderer font;
-    } catch (std::runtime_error const& error) {
-        return error.what();
-    }
-    return "no exception";
-}
 
 }
 
@@ -75,32 +68,15 @@ TEST(FontRendererTest, EveryPrintableCharacterButSpaceHasInkAndOthersAreQuestion
     EXPECT_TRUE(font[""].empty());
 }
 
-TEST(FontRendererTest, AMissingOrBrokenFileIsNamedInTheError) {
-    TempDirectory directory;
-    auto const textures = directory.Path() / kTextures;
-    std::filesystem::create_directories(textures);
-    InDirectory inside(directory.Path());
-
-    EXPECT_THAT(ErrorOfLoading(), HasSubstr("game/graphics/ui/textures/monospace_font_atlas.json\": no such file"));
-
-    WriteFile((textures / "monospace_font_atlas.json").string(), "{\"version\": 1,");
-    EXPECT_THAT(ErrorOfLoading(), HasSubstr("monospace_font_atlas.json\": [json.exception.parse_error"));
-
-    WriteFile((textures / "monospace_font_atlas.json").string(), "{\"version\": 2}");
-    EXPECT_THAT(ErrorOfLoading(), HasSubstr("monospace_font_atlas.png\": no such file"));
-
-    WriteFile((textures / "monospace_font_atlas.png").string(), "not a png");
-    EXPECT_THAT(ErrorOfLoading(), HasSubstr("monospace_font_atlas.png\": not a readable image"));
-}
-
-TEST(FontRendererTest, MetricsThatDoNotMatchTheAtlasAreRefused) {
+TEST(FontRendererTest, AMissingBrokenOrMismatchedFileIsNamedInTheError) {
     auto const source = std::filesystem::current_path() / kTextures;
+    auto const metrics = ReadFile((source / "monospace_font_atlas.json").string());
+    auto const atlas = ReadFile((source / "monospace_font_atlas.png").string());
     TempDirectory directory;
     auto const textures = directory.Path() / kTextures;
     std::filesystem::create_directories(textures);
-    std::filesystem::copy_file(source / "monospace_font_atlas.png", textures / "monospace_font_atlas.png");
-    auto const metrics = ReadFile((source / "monospace_font_atlas.json").string());
     auto const json = (textures / "monospace_font_atlas.json").string();
+    auto const png = (textures / "monospace_font_atlas.png").string();
     InDirectory inside(directory.Path());
 
     auto replaced = [&](std::string const& from, std::string const& to) {
@@ -109,19 +85,30 @@ TEST(FontRendererTest, MetricsThatDoNotMatchTheAtlasAreRefused) {
         return changed;
     };
     struct Case {
-        std::string metrics;
+        std::optional<std::string> metrics;
+        std::optional<std::string> atlas;
         std::string error;
     };
     Case const cases[] = {
-        {metrics, "no exception"},
-        {replaced("\"version\": 1", "\"version\": 2"), "json\": version 2 is not 1"},
-        {replaced("\"cell_width\": 9", "\"cell_width\": 10"), "png\": its size 144x128 is not that of the cells"},
-        {replaced("\"code\": 65", "\"code\": 200"), "json\": no glyph for code 65"},
-        {replaced("\"width\": 0", "\"width\": 10"), "json\": the box of glyph 32 lies outside its cell"},
-        {replaced("\"columns\": 16", "\"columns\": \"16\""), "json\": [json.exception.type_error"},
+        {{}, {}, "game/graphics/ui/textures/monospace_font_atlas.json\": no such file"},
+        {"{\"version\": 1,", {}, "monospace_font_atlas.json\": [json.exception.parse_error"},
+        {"{\"version\": 2}", {}, "monospace_font_atlas.png\": no such file"},
+        {"{\"version\": 2}", "not a png", "monospace_font_atlas.png\": not a readable image"},
+        {metrics, atlas, "no exception"},
+        {replaced("\"version\": 1", "\"version\": 2"), atlas, "json\": version 2 is not 1"},
+        {replaced("\"cell_width\": 9", "\"cell_width\": 10"), atlas,
+            "png\": its size 144x128 is not that of the cells"},
+        {replaced("\"code\": 65", "\"code\": 200"), atlas, "json\": no glyph for code 65"},
+        {replaced("\"width\": 0", "\"width\": 10"), atlas, "json\": the box of glyph 32 lies outside its cell"},
+        {replaced("\"columns\": 16", "\"columns\": \"16\""), atlas, "json\": [json.exception.type_error"},
     };
-    for (auto const& [content, error] : cases) {
-        WriteFile(json, content);
-        EXPECT_THAT(ErrorOfLoading(), HasSubstr(error)) << error;
+    for (auto const& c : cases) {
+        std::filesystem::remove(json);
+        std::filesystem::remove(png);
+        if (c.metrics)
+            WriteFile(json, *c.metrics);
+        if (c.atlas)
+            WriteFile(png, *c.atlas);
+        EXPECT_THAT(ErrorOf([] { FontRenderer font; }), HasSubstr(c.error)) << c.error;
     }
 }

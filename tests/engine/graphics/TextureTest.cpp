@@ -1,7 +1,8 @@
 #include "engine/graphics/Texture.h"
 
-#include "tests/engine/graphics/TextureDevice.h"
+#include "tests/support/Capture.h"
 #include "tests/support/TempDirectory.h"
+#include "tests/support/VulkanDevice.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,7 +15,6 @@
 #include <vector>
 
 using quorl::graphics::Texture;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 namespace {
@@ -103,46 +103,35 @@ TEST(TextureSaveFileTest, RefusesBadArgumentsWithoutWriting) {
 
 // ---- On the device ------------------------------------------------------------------------------------------------
 
-using TextureTest = TextureDeviceTest;
+using TextureTest = VulkanDeviceTest;
 
-TEST_F(TextureTest, LoadUploadsTheFilesPixelsAsRgba8) {
+TEST_F(TextureTest, LoadUploadsTheFilesPixelsAsRgba8AndNamesTheFileItCannotRead) {
     TempDirectory directory;
-    int const width = 7;
-    int const height = 5;
-    auto const rgba = Pattern(width * height * 4);
-    auto const path = directory.File("pattern.png");
-    ASSERT_NE(Texture::SaveFile(path, width, height, 4, false, rgba.data(), 0), 0);
-
-    auto const texture = Texture::Load(device.get(), path);
-    EXPECT_EQ(texture->width, 7u);
-    EXPECT_EQ(texture->height, 5u);
-    EXPECT_EQ(texture->format, VK_FORMAT_R8G8B8A8_UNORM);
-    EXPECT_EQ(texture->layout, VK_IMAGE_LAYOUT_SHADER_READ_ONLY_OPTIMAL);
-    EXPECT_EQ(ReadBack(*texture), rgba);
-}
-
-TEST_F(TextureTest, LoadGivesOpaqueRgbaForAnRgbFile) {
-    TempDirectory directory;
+    auto const rgba = Pattern(7 * 5 * 4);
     std::vector<unsigned char> const rgb{10, 20, 30, 40, 50, 60};
-    auto const path = directory.File("rgb.png");
-    ASSERT_NE(Texture::SaveFile(path, 2, 1, 3, false, rgb.data(), 0), 0);
+    struct Case {
+        uint32_t width, height;
+        int channels;
+        std::vector<unsigned char> const& file;
+        std::vector<unsigned char> expected;
+    };
+    for (Case const& c : {Case{7, 5, 4, rgba, rgba}, Case{2, 1, 3, rgb, {10, 20, 30, 255, 40, 50, 60, 255}}}) {
+        SCOPED_TRACE(c.channels);
+        auto const path = directory.File("pattern" + std::to_string(c.channels) + ".png");
+        ASSERT_NE(Texture::SaveFile(path, int(c.width), int(c.height), c.channels, false, c.file.data(), 0), 0);
+        auto const texture = Texture::Load(device.get(), path);
+        EXPECT_EQ(texture->width, c.width);
+        EXPECT_EQ(texture->height, c.height);
+        EXPECT_EQ(texture->format, VK_FORMAT_R8G8B8A8_UNORM);
+        EXPECT_EQ(texture->layout, VK_IMAGE_LAYOUT_SHADER_READ_ONLY_OPTIMAL);
+        EXPECT_EQ(ReadBack(*texture), c.expected);
+    }
 
-    EXPECT_EQ(ReadBack(*Texture::Load(device.get(), path)),
-        (std::vector<unsigned char>{10, 20, 30, 255, 40, 50, 60, 255}));
-}
-
-TEST_F(TextureTest, LoadNamesThePathWhenTheFileIsNoImage) {
-    TempDirectory directory;
-    auto const path = directory.File("text.png");
-    WriteFile(path, "not an image");
-    for (auto const& file : {path, directory.File("absent.png")}) {
-        try {
-            Texture::Load(device.get(), file);
-            ADD_FAILURE() << "no exception for " << file;
-        } catch (std::runtime_error const& error) {
-            EXPECT_THAT(error.what(), StartsWith(file + ": "));
-            EXPECT_GT(std::string(error.what()).size(), file.size() + 2);
-        }
+    WriteFile(directory.File("text.png"), "not an image");
+    for (auto const& file : {directory.File("text.png"), directory.File("absent.png")}) {
+        auto const error = ErrorOf([&] { Texture::Load(device.get(), file); });
+        EXPECT_THAT(error, StartsWith(file + ": "));
+        EXPECT_GT(error.size(), file.size() + 2) << "the reason follows the path";
     }
 }
 

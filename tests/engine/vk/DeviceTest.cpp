@@ -1,5 +1,8 @@
 #include "engine/vk/Device.h"
 
+#include "tests/support/Capture.h"
+#include "tests/support/VulkanDevice.h"
+
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -10,15 +13,12 @@ using quorl::vk::Device;
 
 namespace {
 
-Device::CreateInfo Validated() {
-    Device::CreateInfo info;
-    info.applicationName = "quorl_vk_device_tests";
-    info.validation = true;
-    return info;
-}
-
-TEST(DeviceTest, StartsWithWhatTheEngineNeedsAndStopsWithoutValidationMessages) {
-    Device device(Validated());
+TEST(DeviceTest, StartsWithWhatTheEngineNeedsAndTheFeaturesAskedForThatAreSupported) {
+    Device::CreateInfo info = ValidatedDevice();
+    info.features.rayTracingPipeline.rayTracingPipeline = VK_TRUE;
+    info.features.features2.features.sparseBinding = VK_TRUE;
+    info.features.vulkan12.scalarBlockLayout = VK_TRUE;
+    Device device(info);
     ASSERT_NE(device.handle, VK_NULL_HANDLE);
     EXPECT_NE(device.graphicsQueue.handle, VK_NULL_HANDLE);
     EXPECT_NE(device.graphicsQueue.mutex, nullptr);
@@ -27,37 +27,14 @@ TEST(DeviceTest, StartsWithWhatTheEngineNeedsAndStopsWithoutValidationMessages) 
     EXPECT_GE(device.physicalDevice.properties.apiVersion, VK_API_VERSION_1_3);
 
     // Every Vulkan 1.3 device has these; the renderer records and synchronises with them.
+    auto const& supported = device.physicalDevice.supported;
     auto const& enabled = device.enabledFeatures;
     EXPECT_TRUE(enabled.vulkan12.bufferDeviceAddress);
     EXPECT_TRUE(enabled.vulkan12.timelineSemaphore);
     EXPECT_TRUE(enabled.vulkan13.synchronization2);
     EXPECT_TRUE(enabled.vulkan13.dynamicRendering);
-    EXPECT_EQ(enabled.features2.features.shaderInt64, device.physicalDevice.supported.features2.features.shaderInt64);
-
-    EXPECT_EQ(device.ValidationMessageCount(), 0u);
-}
-
-#ifdef __SANITIZE_ADDRESS__
-// Leak-checked programs keep the CPU driver loaded past the last device, so that LeakSanitizer still reaches what
-// the driver keeps in its globals (on some processors it reports those blocks as leaked otherwise).
-TEST(DeviceTest, LeakCheckedBuildsKeepTheCpuDriverLoaded) {
-    { Device device(Validated()); }
-    void* driver = dlopen("libvulkan_lvp.so", RTLD_LAZY | RTLD_NOLOAD);
-    EXPECT_NE(driver, nullptr) << "libvulkan_lvp.so was unloaded with the last device";
-    if (driver)
-        dlclose(driver);
-}
-#endif
-
-TEST(DeviceTest, CutsTheFeaturesAskedForToThoseSupported) {
-    Device::CreateInfo info = Validated();
-    info.features.rayTracingPipeline.rayTracingPipeline = VK_TRUE;
-    info.features.features2.features.sparseBinding = VK_TRUE;
-    info.features.vulkan12.scalarBlockLayout = VK_TRUE;
-    Device device(info);
-
-    auto const& supported = device.physicalDevice.supported;
-    auto const& enabled = device.enabledFeatures;
+    EXPECT_EQ(enabled.features2.features.shaderInt64, supported.features2.features.shaderInt64);
+    // Asked for: on where supported.
     EXPECT_EQ(enabled.rayTracingPipeline.rayTracingPipeline, supported.rayTracingPipeline.rayTracingPipeline);
     EXPECT_EQ(enabled.features2.features.sparseBinding, supported.features2.features.sparseBinding);
     EXPECT_EQ(enabled.vulkan12.scalarBlockLayout, supported.vulkan12.scalarBlockLayout);
@@ -66,26 +43,27 @@ TEST(DeviceTest, CutsTheFeaturesAskedForToThoseSupported) {
     EXPECT_EQ(device.ValidationMessageCount(), 0u);
 }
 
-TEST(DeviceTest, NamesTheStepAndResultThatFailed) {
-    EXPECT_NO_THROW(Device::Check(VK_SUCCESS, "vkCreateFence"));
-    try {
-        Device::Check(VK_ERROR_DEVICE_LOST, "vkQueueSubmit");
-        FAIL() << "no exception";
-    } catch (std::runtime_error const& error) {
-        EXPECT_STREQ(error.what(), "Vulkan: vkQueueSubmit failed: VK_ERROR_DEVICE_LOST");
-    }
-    EXPECT_EQ(Device::ResultName(static_cast<VkResult>(-12345)), "-12345");
+#ifdef __SANITIZE_ADDRESS__
+// Leak-checked programs keep the CPU driver loaded past the last device, so that LeakSanitizer still reaches what
+// the driver keeps in its globals (on some processors it reports those blocks as leaked otherwise).
+TEST(DeviceTest, LeakCheckedBuildsKeepTheCpuDriverLoaded) {
+    { Device device(ValidatedDevice()); }
+    void* driver = dlopen("libvulkan_lvp.so", RTLD_LAZY | RTLD_NOLOAD);
+    EXPECT_NE(driver, nullptr) << "libvulkan_lvp.so was unloaded with the last device";
+    if (driver)
+        dlclose(driver);
 }
+#endif
 
-TEST(DeviceTest, ThrowsWhenAnExtensionIsMissing) {
-    Device::CreateInfo info = Validated();
+TEST(DeviceTest, FailuresNameTheStepAndTheResult) {
+    EXPECT_NO_THROW(Device::Check(VK_SUCCESS, "vkCreateFence"));
+    EXPECT_EQ(ErrorOf([] { Device::Check(VK_ERROR_DEVICE_LOST, "vkQueueSubmit"); }),
+        "Vulkan: vkQueueSubmit failed: VK_ERROR_DEVICE_LOST");
+    EXPECT_EQ(Device::ResultName(static_cast<VkResult>(-12345)), "-12345");
+
+    Device::CreateInfo info = ValidatedDevice();
     info.deviceExtensions.push_back("VK_QUORL_no_such_extension");
-    try {
-        Device device(info);
-        FAIL() << "no exception";
-    } catch (std::runtime_error const& error) {
-        EXPECT_STREQ(error.what(), "Vulkan: vkCreateDevice failed: VK_ERROR_EXTENSION_NOT_PRESENT");
-    }
+    EXPECT_EQ(ErrorOf([&] { Device device(info); }), "Vulkan: vkCreateDevice failed: VK_ERROR_EXTENSION_NOT_PRESENT");
 }
 
 }

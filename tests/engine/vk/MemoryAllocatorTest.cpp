@@ -1,10 +1,7 @@
-#include "engine/vk/Buffer.h"
-#include "engine/vk/CommandBuffer.h"
-#include "engine/vk/Device.h"
-#include "engine/vk/Image.h"
-#include "engine/vk/ImageView.h"
 #include "engine/vk/MemoryAllocator.h"
-#include "engine/vk/Sampler.h"
+
+#include "engine/vk/ImageView.h"
+#include "tests/support/VulkanDevice.h"
 
 #include <gtest/gtest.h>
 
@@ -19,12 +16,9 @@
 #include <vector>
 
 using quorl::vk::Buffer;
-using quorl::vk::CommandBuffer;
-using quorl::vk::Device;
 using quorl::vk::Image;
 using quorl::vk::ImageView;
 using quorl::vk::MemoryAllocator;
-using quorl::vk::Sampler;
 
 namespace {
 
@@ -90,19 +84,9 @@ TEST(MemoryAllocatorTest, RefusesWhenNoTypeHasTheRequiredProperties) {
 
 // ---- On the machine's Vulkan device ------------------------------------------------------------------------------------
 
-class MemoryAllocatorDeviceTest : public testing::Test {
+/// Buffers have device addresses: the device always enables them.
+class MemoryAllocatorDeviceTest : public VulkanDeviceTest {
 protected:
-    MemoryAllocatorDeviceTest() {
-        Device::CreateInfo info;
-        info.validation = true;
-        info.features.vulkan12.bufferDeviceAddress = VK_TRUE;
-        device = std::make_unique<Device>(info);
-    }
-
-    void TearDown() override {
-        EXPECT_EQ(device->ValidationMessageCount(), 0u);
-    }
-
     MemoryAllocator& Allocator() { return device->Allocator(); }
 
     /// The device memory a fresh block of `memoryType` takes.
@@ -110,8 +94,6 @@ protected:
         auto const& memory = device->physicalDevice.memoryProperties;
         return std::min(MemoryAllocator::blockSize, memory.memoryHeaps[memory.memoryTypes[memoryType].heapIndex].size / 8);
     }
-
-    std::unique_ptr<Device> device;
 };
 
 TEST_F(MemoryAllocatorDeviceTest, PacksTenThousandSmallBuffersIntoFewAllocations) {
@@ -160,7 +142,8 @@ TEST_F(MemoryAllocatorDeviceTest, PacksTenThousandSmallBuffersIntoFewAllocations
     std::cout << count << " buffers: " << allocations << " device allocations\n";
     EXPECT_LE(allocations, 2 * types.size());
 
-    // Freed in any order, the free list merges back into one block per memory type, which stays for the next level.
+    // Freed in any order, the free list merges back into one block per memory type, which stays for the next level:
+    // two buffers of half a block each fill it again.
     std::shuffle(buffers.begin(), buffers.end(), std::mt19937(7));
     buffers.clear();
     VkDeviceSize expected = 0;
@@ -168,9 +151,13 @@ TEST_F(MemoryAllocatorDeviceTest, PacksTenThousandSmallBuffersIntoFewAllocations
         expected += BlockBytes(type);
     }
     EXPECT_EQ(Allocator().DeviceBytes(), expected);
-    Buffer const half(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE, VK_BUFFER_USAGE_STORAGE_BUFFER_BIT,
-        BlockBytes(*types.begin()) / 2);
-    EXPECT_GE(half.allocation->block, 0);
+    auto const half = [&] {
+        return std::make_unique<Buffer>(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE,
+            VK_BUFFER_USAGE_STORAGE_BUFFER_BIT, BlockBytes(*types.begin()) / 2);
+    };
+    auto const first = half(), second = half();
+    EXPECT_GE(first->allocation->block, 0);
+    EXPECT_EQ(first->allocation->block, second->allocation->block);
     EXPECT_EQ(Allocator().DeviceAllocationCount(), allocations);
 }
 
@@ -198,17 +185,16 @@ TEST_F(MemoryAllocatorDeviceTest, HostWritesRoundTripThroughADeviceCopy) {
     Buffer target(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST, VK_BUFFER_USAGE_TRANSFER_DST_BIT, size,
         VMA_ALLOCATION_CREATE_HOST_ACCESS_RANDOM_BIT);
     std::vector<unsigned char> pattern(size);
-    for (unsigned long i = 0; i < size; ++i) {
+    for (unsigned long i = 0; i < size; ++i)
         pattern[i] = static_cast<unsigned char>(i * 31 + 7);
-    }
     std::memcpy(source.Map(), pattern.data(), size);
     source.Flush();
     std::memset(target.Map(), 0, size);
     target.Flush();
-    CommandBuffer::Run(device.get(), device->graphicsQueue, [&](VkCommandBuffer commandBuffer) {
+    Run([&](VkCommandBuffer commandBuffer) {
         VkBufferCopy const region{0, 0, size};
         vkCmdCopyBuffer(commandBuffer, source.buffer, target.buffer, 1, &region);
-    }, "round trip");
+    });
     EXPECT_EQ(std::memcmp(target.Map(), pattern.data(), size), 0);
 }
 
@@ -224,52 +210,25 @@ TEST_F(MemoryAllocatorDeviceTest, HostReadsGetCachedMemoryWhereThereIsSome) {
     EXPECT_NE(readback.Map(), nullptr);
 }
 
-TEST_F(MemoryAllocatorDeviceTest, ImagesLiveApartFromBuffersAndTransitionCleanly) {
+TEST_F(MemoryAllocatorDeviceTest, ImagesLiveApartFromBuffersAndTakeViewsAndTransitionsOfTheirAspects) {
     Buffer const buffer(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE, VK_BUFFER_USAGE_STORAGE_BUFFER_BIT, 4096);
-    auto imageInfo = [](VkFormat format, VkImageUsageFlags usage) {
-        VkImageCreateInfo info{};
-        info.sType = VK_STRUCTURE_TYPE_IMAGE_CREATE_INFO;
-        info.imageType = VK_IMAGE_TYPE_2D;
-        info.format = format;
-        info.extent = {64, 64, 1};
-        info.mipLevels = 1;
-        info.arrayLayers = 1;
-        info.samples = VK_SAMPLE_COUNT_1_BIT;
-        info.tiling = VK_IMAGE_TILING_OPTIMAL;
-        info.usage = usage;
-        info.initialLayout = VK_IMAGE_LAYOUT_UNDEFINED;
-        return info;
-    };
     Image colour(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE,
-        imageInfo(VK_FORMAT_R8G8B8A8_UNORM, VK_IMAGE_USAGE_SAMPLED_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT));
-    Image depth(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE,
-        imageInfo(VK_FORMAT_D32_SFLOAT_S8_UINT, VK_IMAGE_USAGE_DEPTH_STENCIL_ATTACHMENT_BIT | VK_IMAGE_USAGE_SAMPLED_BIT));
+        ImageInfo2D(VK_FORMAT_R8G8B8A8_UNORM, VK_IMAGE_USAGE_SAMPLED_BIT | VK_IMAGE_USAGE_TRANSFER_DST_BIT, 64, 64));
+    Image depth(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE, ImageInfo2D(VK_FORMAT_D32_SFLOAT_S8_UINT,
+        VK_IMAGE_USAGE_DEPTH_STENCIL_ATTACHMENT_BIT | VK_IMAGE_USAGE_SAMPLED_BIT, 64, 64));
     EXPECT_GE(colour.allocation->block, 0);
     EXPECT_NE(colour.allocation->block, buffer.allocation->block);
     EXPECT_EQ(colour.allocation->block, depth.allocation->block);
     EXPECT_EQ(Image::Aspects(VK_FORMAT_D32_SFLOAT_S8_UINT), VK_IMAGE_ASPECT_DEPTH_BIT | VK_IMAGE_ASPECT_STENCIL_BIT);
 
-    CommandBuffer::Run(device.get(), device->graphicsQueue, [&](VkCommandBuffer commandBuffer) {
-        colour.Transition(commandBuffer, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL);
-        VkClearColorValue const clear{{0.25f, 0.5f, 0.75f, 1.0f}};
-        VkImageSubresourceRange const range{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
-        vkCmdClearColorImage(
-            commandBuffer, colour.image, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, &clear, 1, &range);
-        colour.Transition(
-            commandBuffer, VK_IMAGE_LAYOUT_TRANSFER_DST_OPTIMAL, VK_IMAGE_LAYOUT_SHADER_READ_ONLY_OPTIMAL);
+    // Colour images go through their transitions in the texture tests.
+    Run([&](VkCommandBuffer commandBuffer) {
         depth.Transition(commandBuffer, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_DEPTH_STENCIL_ATTACHMENT_OPTIMAL);
-    }, "image transitions");
-
+    });
     ImageView const colourView(&colour);
     ImageView const depthView(&depth);
-    VkSamplerCreateInfo samplerInfo{};
-    samplerInfo.sType = VK_STRUCTURE_TYPE_SAMPLER_CREATE_INFO;
-    samplerInfo.magFilter = VK_FILTER_LINEAR;
-    samplerInfo.minFilter = VK_FILTER_LINEAR;
-    Sampler const sampler(device.get(), samplerInfo);
     EXPECT_NE(colourView.view, VK_NULL_HANDLE);
     EXPECT_NE(depthView.view, VK_NULL_HANDLE);
-    EXPECT_NE(static_cast<VkSampler>(sampler), VK_NULL_HANDLE);
 }
 
 }
