@@ -27,9 +27,6 @@ std::string WorldFolder(std::string const& world) {
     return world_folder::Path(world);
 }
 
-void WriteFile(fs::path const& path, std::string const& bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
 
 /// Sets environment variables for the processes this test starts, and takes them back at the end.
 class ScopedEnvironment {
@@ -75,6 +72,11 @@ long ReopenedGeneration(std::string const& world, int count) {
     return std::stol(match[1]);
 }
 
+/// `bytes` with the bits of `mask` flipped in the byte at `at`.
+std::string Flipped(std::string const& bytes, size_t at, int mask) {
+    return bytes.substr(0, at) + static_cast<char>(bytes.at(at) ^ mask) + bytes.substr(at + 1);
+}
+
 bool Contains(std::string const& text, std::string const& part) {
     return text.find(part) != std::string::npos;
 }
@@ -92,12 +94,12 @@ TEST(WorldFaultTest, BadFilesGoToQuarantineAndTheRestOfTheWorldLoadsUntouched) {
         char const* message;
     };
     std::vector<Damage> const damages{
-        {"bit flipped in the magic", [](std::string b) { b[3] ^= 0x01; return b; },
+        {"bit flipped in the magic", [](std::string b) { return Flipped(b, 3, 0x01); },
          "Invalid save state magic string for entity "},
-        {"bit flipped in the version", [](std::string b) { b[16] ^= 0x04; return b; },
+        {"bit flipped in the version", [](std::string b) { return Flipped(b, 16, 0x04); },
          "Invalid save state version for entity "},
         {"bit flipped in the interface mark",
-         [](std::string b) { b[b.find("\n\n\n\n", 36)] ^= 0x20; return b; },
+         [](std::string b) { return Flipped(b, b.find("\n\n\n\n", 36), 0x20); },
          "Invalid save state interface magic string for entity "},
         {"truncated", [](std::string b) { return b.substr(0, 60); }, "past the end of stream"},
         {"empty", [](std::string) { return std::string(); }, "at offset 0 of 0"},
@@ -168,7 +170,7 @@ TEST(WorldFaultTest, FullDiskNeverCostsAFileAndTheSaveLandsOnceThereIsSpace) {
     // Space freed once a save has hit the full disk: the next save lands, whole.
     WriteFile(budget, "100");
     std::thread freeSpace([&] {
-        for (int wait = 0; wait < 300 && world_folder::ReadBytes(budget) != "0\n"; ++wait)
+        for (int wait = 0; wait < 300 && ReadFile(budget) != "0\n"; ++wait)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         WriteFile(budget, "1000000000");
     });

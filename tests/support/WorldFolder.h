@@ -1,11 +1,10 @@
 #pragma once
 
 #include "tests/support/Process.h"
+#include "tests/support/TempDirectory.h"
 
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 #include <string>
 
 /// A world folder of the tests' game tree, seen from its root as the launcher sees it.
@@ -22,19 +21,12 @@ inline std::string Entities(std::string const& world) {
     return Path(world) + "/entities";
 }
 
-inline std::string ReadBytes(std::filesystem::path const& path) {
-    std::ifstream file(path, std::ios::binary);
-    std::stringstream bytes;
-    bytes << file.rdbuf();
-    return bytes.str();
-}
-
 inline Files Snapshot(std::string const& folder) {
     Files files;
     std::error_code missing;
     for (auto const& entry : std::filesystem::directory_iterator(folder, missing))
         if (entry.is_regular_file())
-            files[entry.path().filename().string()] = ReadBytes(entry.path());
+            files[entry.path().filename().string()] = ReadFile(entry.path().string());
     return files;
 }
 
