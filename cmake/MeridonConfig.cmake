@@ -1,8 +1,12 @@
 include(CMakeFindDependencyMacro)
 find_dependency(Threads)
-find_dependency(Vulkan)
-# libquorl hands ImGui on to what links it: the headers come from the system package, the code from libquorl.
-find_dependency(PkgConfig)
-pkg_check_modules(IMGUI REQUIRED IMPORTED_TARGET imgui)
+# Only Meridon::client, for GAME_Init and GAME_Mod modules, hands on Vulkan and ImGui, so they are looked for without
+# being required: a project of server modules builds where neither is installed. meridon_add_module says what is
+# missing when a client module needs them. libquorl carries ImGui's code; the package gives the headers.
+find_package(Vulkan QUIET)
+find_package(PkgConfig QUIET)
+if(PkgConfig_FOUND AND NOT TARGET PkgConfig::IMGUI)
+  pkg_check_modules(IMGUI QUIET IMPORTED_TARGET imgui)
+endif()
 include("${CMAKE_CURRENT_LIST_DIR}/MeridonTargets.cmake")
 include("${CMAKE_CURRENT_LIST_DIR}/MeridonModule.cmake")

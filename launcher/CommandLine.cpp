@@ -14,6 +14,7 @@ Runs the game from the current folder, which holds modules/ and game/.
   --world NAME       world to run; saves go to ../Meridon-data/server/worlds/NAME
   --modules a,b      GAME_Init, GAME_Mod and SERVER_Mod modules to load
   --mods a,b         content modules (MERIDON_Mod) to load
+  --module-path D:E  more folders holding modules as <name>/<name>.<CLASS>.so, looked in after modules/
   --ticks N          quit after N server ticks
   --seconds S        quit after S seconds
   --server-hz HZ     server ticks per second (0: as fast as possible); also --render-hz, --game-hz, --input-hz

@@ -5,6 +5,7 @@
 
 #include <charconv>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <sstream>
 
@@ -50,6 +51,18 @@ std::vector<Setting> const& Settings() {
     static std::vector<Setting> const settings{
         {"modules", "--modules", NamesOf(&LauncherConfig::modules)},
         {"mods", "--mods", NamesOf(&LauncherConfig::mods)},
+        {"module_path", "--module-path",
+         [](LauncherConfig& config, std::string const& text) -> std::string {
+             auto folders = SplitNames(text, ':');
+             // Checked here, so that a mistyped folder is named at start rather than showing as a missing module.
+             for (auto const& folder : folders) {
+                 std::error_code ignored;
+                 if (!std::filesystem::is_directory(folder, ignored))
+                     return "'" + folder + "' is not a folder";
+             }
+             config.modulePath = std::move(folders);
+             return "";
+         }},
         {"world", "--world",
          [](LauncherConfig& config, std::string const& text) -> std::string {
              if (text.empty() || text.find('/') != std::string::npos || text == "." || text == "..")
@@ -84,11 +97,11 @@ Setting const* Find(std::function<bool(Setting const&)> const& matches) {
 
 }
 
-std::vector<std::string> SplitNames(std::string const& text) {
+std::vector<std::string> SplitNames(std::string const& text, char separator) {
     std::vector<std::string> names;
     std::stringstream stream(text);
     std::string name;
-    while (std::getline(stream, name, ',')) {
+    while (std::getline(stream, name, separator)) {
         quorl::String::Trim(name, " \t");
         if (!name.empty())
             names.push_back(name);

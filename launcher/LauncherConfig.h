@@ -10,6 +10,9 @@ struct LauncherConfig {
     std::vector<std::string> modules;
     /// Content modules (MERIDON_Mod), handed to the game, which loads them at start.
     std::vector<std::string> mods;
+    /// Folders that hold more modules, as <folder>/<name>/<name>.<CLASS>.so, searched in order after the game
+    /// folder's modules/; a relative one is taken from the game folder. Default none.
+    std::vector<std::string> modulePath;
     std::string world = "default";
     /// A dedicated server: no window, no client modules, no input loop.
     bool server = false;
@@ -44,5 +47,5 @@ struct LauncherConfig {
     std::vector<std::string> ReadFile(std::string const& path);
 };
 
-/// Splits "a, b,c" into {"a", "b", "c"}, dropping empty names.
-std::vector<std::string> SplitNames(std::string const& text);
+/// Splits "a, b,c" into {"a", "b", "c"} at each `separator`, dropping empty names.
+std::vector<std::string> SplitNames(std::string const& text, char separator = ',');

@@ -275,9 +275,13 @@ int main(int argc, char** argv) {
     Game::_current_world = config.world;
     Game::_mods = config.mods;
 
-    if (!ContentModulesExist(config.mods))
+    if (!ContentModulesExist(config.mods, config.modulePath))
         return 2;
-    if (int status = LoadLauncherModules(config.modules, config.server, config.verbose)) {
+    if (int status = LoadLauncherModules(config.modules, config.server, config.verbose, config.modulePath)) {
+        UnloadLauncherModules();
+        return status;
+    }
+    if (int status = LoadContentModulesElsewhere(config.mods, config.verbose, config.modulePath)) {
         UnloadLauncherModules();
         return status;
     }

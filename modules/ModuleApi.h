@@ -26,15 +26,14 @@
 // ("module VENDOR_name, hook Game_Update: " and what was thrown), and the launcher then stops the game the ordinary
 // way and exits with status 1. A ModuleLoad that throws fails the load; what ModuleUnload throws is reported on
 // standard error, as the library closes all the same.
+//
+// The libraries of a server or content module (SERVER_Mod, MERIDON_Mod) may include modules/ServerModuleApi.h
+// instead: the same without the client classes, whose hooks take Vulkan's types, so they build against
+// Meridon::server without Vulkan's or ImGui's headers.
 
 #include "modules/GAME_Init.h"
 #include "modules/GAME_Mod.h"
-#include "modules/MERIDON_Mod.h"
-#include "modules/SERVER_Mod.h"
+#include "modules/ServerModuleApi.h"
 
 MERIDON_GAME_INIT_HOOKS(MERIDON_HOOK_EXPORT)
 MERIDON_GAME_MOD_HOOKS(MERIDON_HOOK_EXPORT)
-MERIDON_SERVER_MOD_HOOKS(MERIDON_HOOK_EXPORT)
-MERIDON_MERIDON_MOD_HOOKS(MERIDON_HOOK_EXPORT)
-MERIDON_MODULE_HOOKS(MERIDON_HOOK_EXPORT)
-extern "C" __attribute__((visibility("default"))) uint32_t const _MERIDON_Mod_VERSION;

@@ -5,10 +5,12 @@
 // a config file (the shape: nodes, joints, colliders) and a factory of the Interface that gives each entity its
 // behaviour and its own part of the save file.
 
-#include "modules/ModuleApi.h"
+#include "modules/ServerModuleApi.h"
 
 #include "game/entity/EntityConfig.h"
 #include "game/entity/ServerSideEntityInterface.h"
+
+#include <filesystem>
 
 using game::entity::EntityConfig;
 using game::entity::ServerSideEntity;
@@ -46,11 +48,14 @@ public:
 
 }
 
-// Registers the types. Config paths are relative to the game folder, where the launcher runs.
+// Registers the types. Their config files lie beside this library, in whichever folder the launcher found it: the
+// game folder's modules/ or a --module-path folder. The registry knows which (a hook may ask the registry of its
+// own class, but ModuleLoad, which runs with it locked, may not); relative paths start at the game folder.
 extern "C" void Load() {
+    std::filesystem::path const folder = std::filesystem::path(MERIDON_Mod::GetModule(kModule)->path).parent_path();
     auto& types = ServerSideEntity::_registered_interfaces[quorl::modular::ModuleID(kModule).String()];
     for (char const* type : {"crate", "door", "light_box", "wheel_assembly"}) {
-        auto config = std::make_shared<EntityConfig>("modules/" + kModule + "/entities/" + type + ".entity");
+        auto config = std::make_shared<EntityConfig>((folder / "entities" / (std::string(type) + ".entity")).string());
         types[type] = {quorl::modular::ModuleID(kModule), type, config,
                        [] { return std::make_shared<ExampleInterface>(); }};
     }

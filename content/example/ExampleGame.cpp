@@ -1,13 +1,16 @@
 // The example module, client side: MERIDON_example.GAME_Mod.so.
 //
-// A module is a folder modules/<name>/ holding up to one library per class: <name>.GAME_Init.so (start-up),
+// A module is a folder <name>/ holding up to one library per class: <name>.GAME_Init.so (start-up),
 // <name>.GAME_Mod.so (client game, input, renderer stages), <name>.SERVER_Mod.so (server tick, player traffic) and
-// <name>.MERIDON_Mod.so (content). The name is "VENDOR_module": it becomes the module's ModuleID, which tags
-// everything the module owns, so pick a vendor word of your own.
+// <name>.MERIDON_Mod.so (content). The launcher looks for each in the game folder's modules/ first, then in the
+// folders of `--module-path` (or module_path in launcher.ini), so a module can run from its own build folder. The
+// name is "VENDOR_module": it becomes the module's ModuleID, which tags everything the module owns, so pick a vendor
+// word of your own.
 //
 // The game finds each hook by its symbol name. Include modules/ModuleApi.h and define the hooks you need with
 // C linkage; the header holds every hook's declaration, so a wrong signature is a compile error. Every hook is
-// optional.
+// optional. Server and content libraries include modules/ServerModuleApi.h instead, which needs no Vulkan or ImGui
+// (ExampleServer.cpp, ExampleContent.cpp).
 
 #include "modules/ImGuiHost.h"
 #include "modules/ModuleApi.h"

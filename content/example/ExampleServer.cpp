@@ -1,6 +1,6 @@
 // The example module, server side: MERIDON_example.SERVER_Mod.so. See ExampleGame.cpp for how modules are found.
 
-#include "modules/ModuleApi.h"
+#include "modules/ServerModuleApi.h"
 
 #include "game/Game.h"
 #include "game/entity/ServerSideEntityInterface.h"

@@ -100,6 +100,7 @@ TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
         std::string message;
     };
     std::string const ini = "launcher-config-case.ini";
+    std::string const here = std::filesystem::current_path().string();
     std::vector<Case> const cases{
         {"missing --config file", nullptr, {"--config", "nowhere.ini"}, "--config: cannot read 'nowhere.ini': no such file"},
         {"unknown content module", "", {"--mods", "TEST_nowhere"}, "content module 'TEST_nowhere' has no library at"},
@@ -114,6 +115,14 @@ TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
         {"fractional substeps in the file", "[launcher]\nserver_substeps = 2.5\n", {},
          ":2: server_substeps: '2.5' is not a valid value"},
         {"negative rate on the command line", "", {"--server-hz", "-5"}, "--server-hz: '-5' is not a valid value"},
+        {"missing module folder in the file", "[launcher]\nmodule_path = nowhere\n", {},
+         ":2: module_path: 'nowhere' is not a valid value: 'nowhere' is not a folder"},
+        {"missing module folder on the command line", "", {"--module-path", MERIDON_TEST_MODULE_PATH ":nowhere"},
+         "--module-path: '" MERIDON_TEST_MODULE_PATH ":nowhere' is not a valid value: 'nowhere' is not a folder"},
+        {"content module in none of the module folders", "", {"--module-path", ".", "--mods", "TEST_elsewhere"},
+         "content module 'TEST_elsewhere' has no library at " + here +
+             "/modules/TEST_elsewhere/TEST_elsewhere.MERIDON_Mod.so, " + here +
+             "/TEST_elsewhere/TEST_elsewhere.MERIDON_Mod.so\n"},
     };
     for (auto const& [what, file, options, message] : cases) {
         SCOPED_TRACE(what);
@@ -131,10 +140,51 @@ TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
     std::filesystem::remove(ini);
 }
 
+TEST(LauncherTest, ModulesAreLookedForInTheGameFolderThenInEachModulePathFolderInOrder) {
+    // Libraries that do not open: a run that takes one of them fails, naming it.
+    std::string const decoys = "module-path-decoys";
+    for (std::string const name : {"TEST_alpha", "TEST_elsewhere"}) {
+        std::filesystem::create_directories(decoys + "/" + name);
+        std::ofstream(decoys + "/" + name + "/" + name + ".SERVER_Mod.so") << "not a library";
+    }
+    auto run = [&](std::string const& modulePath) {
+        return Launch({"--server", "--ticks", "3", "--server-hz", "0", "--verbose", "--module-path", modulePath,
+                       "--modules", "TEST_alpha,TEST_elsewhere", "--mods", "TEST_elsewhere"});
+    };
+    auto found = run(MERIDON_TEST_MODULE_PATH ":" + decoys);
+    auto decoyFirst = run(decoys + ":" MERIDON_TEST_MODULE_PATH);
+    std::filesystem::remove_all(decoys);
+
+    EXPECT_EQ(found.exitCode, 0) << found.err;
+    for (std::string const library : {"modules/TEST_alpha/TEST_alpha.SERVER_Mod.so",
+                                      MERIDON_TEST_MODULE_PATH "/TEST_elsewhere/TEST_elsewhere.SERVER_Mod.so",
+                                      MERIDON_TEST_MODULE_PATH "/TEST_elsewhere/TEST_elsewhere.MERIDON_Mod.so"})
+        EXPECT_NE(found.out.find("meridon: loaded " + library + "\n"), std::string::npos)
+            << library << " in:\n" << found.out;
+    // The content module is the one the game started: it is in the registry after Game::Start.
+    EXPECT_NE(found.out.find("meridon: module TEST_elsewhere: SERVER_Mod, MERIDON_Mod\n"), std::string::npos)
+        << found.out;
+    EXPECT_NE(found.out.find("TEST_elsewhere ticks: 3 before, 3 game\n"), std::string::npos) << found.out;
+
+    EXPECT_EQ(decoyFirst.exitCode, 2);
+    EXPECT_NE(decoyFirst.err.find("Module '" + decoys + "/TEST_elsewhere/TEST_elsewhere.SERVER_Mod' failed to load"),
+              std::string::npos) << decoyFirst.err;
+}
+
+TEST(LauncherTest, ModulePathMayStandInLauncherIni) {
+    std::string const ini = "launcher-module-path.ini";
+    std::ofstream(ini) << "[launcher]\nmodule_path = " MERIDON_TEST_MODULE_PATH "\n";
+    auto result = Launch({"--config", ini, "--server", "--ticks", "2", "--server-hz", "0", "--modules",
+                          "TEST_elsewhere", "--mods", "TEST_elsewhere"});
+    std::filesystem::remove(ini);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_NE(result.out.find("TEST_elsewhere ticks: 2 before, 2 game\n"), std::string::npos) << result.out;
+}
+
 TEST(LauncherTest, HelpDescribesTheOptions) {
     auto result = Launch({"--help"});
     EXPECT_EQ(result.exitCode, 0);
-    for (char const* option : {"--server", "--ticks", "--seconds", "--world", "--mods", "--modules"})
+    for (char const* option : {"--server", "--ticks", "--seconds", "--world", "--mods", "--modules", "--module-path"})
         EXPECT_NE(result.out.find(option), std::string::npos) << option;
 }
 
