@@ -1,6 +1,7 @@
 # The two commands a developer needs: `make run` and `make test`.
 BUILD_DIR     ?= build
 SAN_BUILD_DIR ?= build-san
+TSAN_BUILD_DIR ?= build-tsan
 BUILD_TYPE    ?= RelWithDebInfo
 JOBS          ?= $(shell nproc)
 WERROR        := $(if $(CI),ON,OFF)
@@ -9,7 +10,11 @@ CMAKE_FLAGS   := -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DMERIDON_WERROR=$(WE
 HEADLESS_ARGS := $(if $(DISPLAY)$(WAYLAND_DISPLAY),,--seconds 5 --screenshot ../Meridon-data/screenshots/demo.png)
 RUN_ARGS      ?= --world demo $(HEADLESS_ARGS)
 
-.PHONY: all setup build run test sanitize-test clean
+# The ThreadSanitizer suite: the launcher with its four loops, and the tests that run them together.
+TSAN_TARGETS  := meridon_launcher meridon_launcher_tests meridon_world_fault_tests meridon_game_tests quorl_tests
+TSAN_TESTS    := Launcher|HookFailure|WorldFault|GameTest|SharedMutex
+
+.PHONY: all setup build run test sanitize-test tsan-test clean
 
 all: build
 
@@ -33,5 +38,11 @@ sanitize-test: setup
 	cmake --build $(SAN_BUILD_DIR) -j $(JOBS)
 	ctest --test-dir $(SAN_BUILD_DIR) --output-on-failure -j $(JOBS)
 
+tsan-test: setup
+	cmake -S . -B $(TSAN_BUILD_DIR) $(CMAKE_FLAGS) -DMERIDON_TSAN=ON -DMERIDON_BENCHMARKS=OFF
+	cmake --build $(TSAN_BUILD_DIR) -j $(JOBS) --target $(TSAN_TARGETS)
+	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/tsan.supp $(TSAN_OPTIONS)" \
+	  ctest --test-dir $(TSAN_BUILD_DIR) --output-on-failure -j $(JOBS) -R '$(TSAN_TESTS)'
+
 clean:
-	rm -rf $(BUILD_DIR) $(SAN_BUILD_DIR)
+	rm -rf $(BUILD_DIR) $(SAN_BUILD_DIR) $(TSAN_BUILD_DIR)
