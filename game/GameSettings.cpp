@@ -186,6 +186,11 @@ void GameSettings::ClampToRanges() {
             auto [low, high] = *setting.range;
             double value = setting.type == CONF_INT ? *static_cast<int*>(setting.field)
                                                     : *static_cast<float*>(setting.field);
+            if (setting.type == CONF_FLOAT) {
+                // Bounds as the field holds them: 0.01 read into a float lies just below the double 0.01.
+                low = static_cast<float>(low);
+                high = static_cast<float>(high);
+            }
             if (value >= low && value <= high)
                 continue;
             double bound = value > high ? high : low;  // NaN takes the low end
@@ -201,6 +206,10 @@ void GameSettings::ClampToRanges() {
 
 void GameSettings::WriteConfig() {
     std::lock_guard lock(Mutex());
+    if (ReadFailed()) {
+        // Reported when the read failed; the defaults in use are not the user's to save over what is there.
+        return;
+    }
     auto groups = SettingGroups(*this);
     std::error_code error;
     bool const created = !std::filesystem::exists(Path(), error) && !error;

@@ -25,9 +25,11 @@ public:
     GameSettings(std::string const& path, std::optional<int> autoReload);
     ~GameSettings() override;
 
-    /// A missing file leaves the defaults; a missing key leaves its field.
+    /// A missing file leaves the defaults, and so does one that cannot be read (reported once on stderr with the
+    /// reason); a missing key or a value that does not parse leaves its field. No range check: see ClampToRanges.
     void ReadConfig() override;
     /// Writes every setting but the hidden switches, creating the file with a comment above each key when needed.
+    /// Writes nothing while the file could not be read (ReadFailed), so that the defaults never replace it.
     void WriteConfig() override;
     /// Brings every numeric setting into its range (the settings panel's slider range where there is one), reporting
     /// each value moved on standard error with the file and line it came from. ReadConfig takes values as they are;

@@ -8,25 +8,27 @@
 #include <filesystem>
 #include <functional>
 #include <sstream>
+#include <type_traits>
 
 namespace {
 
-/// A number of the whole text, finite and not negative: what every number of the launcher is.
+/// A number of the whole text, finite and at least `minimum`: what every number of the launcher is.
 template <class Number>
-bool ParseNumber(std::string const& text, Number& value) {
+bool ParseNumber(std::string const& text, Number minimum, Number& value) {
     auto end = text.data() + text.size();
     auto [rest, error] = std::from_chars(text.data(), end, value);
-    return error == std::errc() && rest == end && std::isfinite(static_cast<double>(value)) && value >= 0;
+    return error == std::errc() && rest == end && std::isfinite(static_cast<double>(value)) && value >= minimum;
 }
 
 using Setter = std::function<std::string(LauncherConfig&, std::string const&)>;
 
 template <class Number>
-Setter NumberOf(Number LauncherConfig::*field) {
-    return [field](LauncherConfig& config, std::string const& text) -> std::string {
+Setter NumberOf(Number LauncherConfig::*field, Number minimum = 0) {
+    return [field, minimum](LauncherConfig& config, std::string const& text) -> std::string {
         Number value{};
-        if (!ParseNumber(text, value))
-            return "a number, 0 or more, is needed";
+        if (!ParseNumber(text, minimum, value))
+            return std::string(std::is_integral_v<Number> ? "a whole number" : "a number") + ", " +
+                   std::to_string(static_cast<long>(minimum)) + " or more, is needed";
         config.*field = value;
         return "";
     };
@@ -74,7 +76,8 @@ std::vector<Setting> const& Settings() {
         {"game_hz", "--game-hz", NumberOf(&LauncherConfig::gameHz)},
         {"input_hz", "--input-hz", NumberOf(&LauncherConfig::inputHz)},
         {"server_hz", "--server-hz", NumberOf(&LauncherConfig::serverHz)},
-        {"server_substeps", "--server-substeps", NumberOf(&LauncherConfig::serverSubsteps)},
+        // No substep would freeze the physics without a word.
+        {"server_substeps", "--server-substeps", NumberOf(&LauncherConfig::serverSubsteps, 1)},
         {"autosave_minutes", "--autosave", NumberOf(&LauncherConfig::autosaveMinutes)},
         // What one run asks for, not what a game folder keeps: command line only.
         {"", "--ticks", NumberOf(&LauncherConfig::ticks)},
@@ -125,8 +128,10 @@ bool LauncherConfig::TakesValue(std::string const& option) {
 
 std::vector<std::string> LauncherConfig::ReadFile(std::string const& path) {
     quorl::filesystem::ConfigFile file(path);
+    // Lines that cannot be read at all would otherwise be skipped, and their settings lost without an error.
     std::vector<std::string> problems;
-    for (auto const& entry : file.Entries()) {
+    auto const entries = file.Entries(problems);
+    for (auto const& entry : entries) {
         std::string where = path + ":" + std::to_string(entry.line) + ": ";
         if (entry.section != "launcher") {
             // Reported once, at its header.

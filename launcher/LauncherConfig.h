@@ -42,8 +42,9 @@ struct LauncherConfig {
     std::string SetOption(std::string const& option, std::string const& text);
     /// Whether `option` is a command-line option that takes a value.
     static bool TakesValue(std::string const& option);
-    /// Reads the [launcher] section of `path`. Returns the problems, each as "path:line: what": a section or key the
-    /// launcher does not know, a value Set refuses. A missing file has none.
+    /// Reads the [launcher] section of `path`. Returns the problems, each as "path:line: what": a line that is no
+    /// header or `key = value`, a section or key the launcher does not know, a value Set refuses; or, for a file
+    /// that is there but cannot be read, "path" and the reason. A missing file has none.
     std::vector<std::string> ReadFile(std::string const& path);
 };
 

@@ -113,6 +113,12 @@ void ConfigFile::ReadFromINI(std::string const& section, std::vector<Conf> confs
     std::lock_guard lock(_mutex);
     CheckOwnership(confs);
     auto text = LoadText();
+    if (!_readFailed) {
+        // A value mended or removed since the last read is no longer the user's line to keep.
+        for (auto const& conf : confs) {
+            _unparsed.erase(section + "\n" + conf.key);
+        }
+    }
     if (!text) {
         return;
     }
@@ -182,27 +188,26 @@ void ConfigFile::ReadFromINI(SectionCallback const& sectionCallback) {
     }
 }
 
-std::vector<ConfigFile::Entry> ConfigFile::Entries() {
+std::vector<ConfigFile::Entry> ConfigFile::Entries(std::vector<std::string>& problems) {
     std::lock_guard lock(_mutex);
-    auto text = LoadText();
+    auto text = LoadText(&problems);
     if (!text) {
         return {};
     }
     IniDocument document(*text);
     auto const& lines = document.Lines();
     std::vector<Entry> entries;
-    std::vector<std::string> problems;
     for (size_t i = 0; i < lines.size(); ++i) {
         auto const& line = lines[i];
         if (auto problem = LineProblem(line, false)) {
-            problems.push_back(Where(i) + ": " + *problem + ", line skipped: " + Shown(line.text));
+            // The caller refuses the file, so nothing is skipped: the line is only named.
+            problems.push_back(Where(i) + ": " + *problem + ": " + Shown(line.text));
         } else if (line.kind == IniDocument::LineKind::Header) {
             entries.push_back({line.key, "", "", i + 1});
         } else if (line.kind == IniDocument::LineKind::KeyValue) {
             entries.push_back({*line.section, line.key, line.value, i + 1});
         }
     }
-    Report(problems);
     return entries;
 }
 
@@ -226,6 +231,10 @@ void ConfigFile::WriteToINI(std::string const& section, std::vector<Conf> confs)
     std::lock_guard lock(_mutex);
     CheckOwnership(confs);
     CheckSectionName(Path(), section);
+    if (_readFailed) {
+        // The fields hold defaults where the file may hold the user's values, which a write would replace.
+        throw std::runtime_error(Quoted(Path()) + " is not written: it could not be read");
+    }
     auto original = ReadTextFile(Path());
     IniDocument document(original.value_or(""));
     for (auto const& conf : confs) {
@@ -257,6 +266,11 @@ void ConfigFile::WriteToINI(std::string const& section, std::vector<Conf> confs)
     if (_watcher) {
         _watcher->Rebase();
     }
+}
+
+bool ConfigFile::ReadFailed() const {
+    std::lock_guard lock(_mutex);
+    return _readFailed;
 }
 
 // ---- Reloading -----------------------------------------------------------------------------------------------------
@@ -299,7 +313,8 @@ void ConfigFile::CheckOwnership(std::vector<Conf> const& confs) const {
     }
 }
 
-std::optional<std::string> ConfigFile::LoadText() {
+std::optional<std::string> ConfigFile::LoadText(std::vector<std::string>* problems) {
+    _readFailed = false;
     try {
         auto text = ReadTextFile(Path());
         if (text) {
@@ -311,7 +326,12 @@ std::optional<std::string> ConfigFile::LoadText() {
         }
         return text;
     } catch (std::runtime_error const& error) {
-        Report({error.what()});
+        _readFailed = true;
+        if (problems) {
+            problems->push_back(error.what());
+        } else {
+            Report({error.what()});
+        }
         return std::nullopt;
     }
 }

@@ -113,18 +113,22 @@ public:
     /// stream holds the text before the first '=' and the rest stream the text after it; for other lines the key
     /// stream holds the first word and the rest stream the remainder, all trimmed. Reports like the form above.
     void ReadFromINI(SectionCallback const& sectionCallback);
-    /// Every section header and `key = value` line of the file, in file order, for readers that check what they do
-    /// not know; reports like the forms above, and a missing or unreadable file has none.
-    std::vector<Entry> Entries();
+    /// Every section header and `key = value` line of the file, in file order, for readers that refuse what they do
+    /// not know. What cannot be read, a malformed line or the file itself, goes to `problems` as "path:line: what"
+    /// (the path alone for the file) rather than to stderr; a missing file has no entries and no problems.
+    std::vector<Entry> Entries(std::vector<std::string>& problems);
     /// "path:line" of the last line of `key` in `section`, or the path alone when the file has no such line.
     std::string KeyLocation(std::string const& section, std::string const& key);
     /// Stores the Confs' fields under their keys in `section`, keeping every other byte of the file: existing keys
     /// are rewritten in place, new keys go after the section's last non-blank line, a new section goes at the end.
     /// A line whose value did not parse at the last read stays as the user wrote it while its field still holds
     /// what that read left there.
-    /// The file is replaced atomically. Throws std::runtime_error naming the path and the system's reason, and
-    /// std::invalid_argument for a value that the text form cannot hold (a line break in a string).
+    /// The file is replaced atomically. Throws std::runtime_error naming the path and the system's reason, or when
+    /// ReadFailed(), and std::invalid_argument for a value that the text form cannot hold (a line break in a string).
     void WriteToINI(std::string const& section, std::vector<Conf> confs);
+    /// Whether the last read found something at the path that it could not read (a folder, a broken disk). Writes
+    /// are refused until a read succeeds: the fields hold defaults, not what the file holds.
+    bool ReadFailed() const;
 
     /// Starts a thread that calls ReadConfig whenever the file's last-write time changes from what it is now, or a
     /// missing file appears; call ReadConfig yourself for the first load. Changes made by this object's own
@@ -140,8 +144,9 @@ public:
 
 private:
     void CheckOwnership(std::vector<Conf> const& confs) const;
-    /// The file's content, or nothing when it is missing or unreadable (then reported).
-    std::optional<std::string> LoadText();
+    /// The file's content, or nothing when it is missing or unreadable; why it is unreadable goes to `problems`
+    /// when given, else to Report.
+    std::optional<std::string> LoadText(std::vector<std::string>* problems = nullptr);
     /// Writes each message to stderr unless it was already reported for this content of the file.
     void Report(std::vector<std::string> const& messages);
     std::string Where(size_t lineIndex) const;
@@ -152,6 +157,7 @@ private:
     /// "section\nkey" of the values that did not parse at the last read, with the text of what the field kept.
     std::map<std::string, std::string> _unparsed;
     size_t _reportedContentHash = 0;
+    bool _readFailed = false;
     std::unique_ptr<FileWatcher> _watcher;
 };
 

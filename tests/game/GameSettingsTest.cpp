@@ -204,36 +204,59 @@ TEST_F(GameSettingsTest, BadValuesAreReportedWithTheLineAndKeepTheDefaults) {
 }
 
 TEST_F(GameSettingsTest, ValuesOutsideTheirRangesAreClampedAndReportedWithTheirLine) {
-    EXPECT_EQ(Read("[graphics]\n"
-                   "render_scale = 100000\n"
-                   "fov = -500\n"
-                   "gamma = 0\n"
-                   "brightness = 1.5\n"
-                   "[audio]\n"
-                   "master_volume = nan\n"),
-              "");
+    std::string const text = "[graphics]\n"
+                             "render_scale = 100000\n"
+                             "fov = -500\n"
+                             "gamma = 0\n"
+                             "brightness = 1.5\n"
+                             "framerate_limit_main_rendering = 500\n"
+                             "[audio]\n"
+                             "master_volume = nan\n"
+                             "[input]\n"
+                             "look_sensitivity = 0.01\n"
+                             "input_gamepad_axis_deadzone = 1.5\n";
+    EXPECT_EQ(Read(text), "");
     EXPECT_EQ(settings.render_scale, 100000.0f) << "reading takes values as they are";
     testing::internal::CaptureStderr();
     settings.ClampToRanges();
     std::string const errors = testing::internal::GetCapturedStderr();
-    EXPECT_THAT(errors, HasSubstr(path + ":2: \"render_scale\" = 100000 is outside 0.01..2; using 2"));
-    EXPECT_THAT(errors, HasSubstr(path + ":3: \"fov\" = -500 is outside 25..125; using 25"));
-    EXPECT_THAT(errors, HasSubstr(path + ":4: \"gamma\" = 0 is outside 1..4; using 1"));
-    EXPECT_THAT(errors, HasSubstr(path + ":7: \"master_volume\" = nan is outside 0..1; using 0"));
+    EXPECT_THAT(errors, HasSubstr(path + ":2: \"render_scale\" = 100000 is outside 0.01..2; using 2\n"));
+    EXPECT_THAT(errors, HasSubstr(path + ":3: \"fov\" = -500 is outside 25..125; using 25\n"));
+    EXPECT_THAT(errors, HasSubstr(path + ":4: \"gamma\" = 0 is outside 1..4; using 1\n"));
+    EXPECT_THAT(errors, HasSubstr(path + ":6: \"framerate_limit_main_rendering\" = 500 is outside 0..90; using 90\n"));
+    EXPECT_THAT(errors, HasSubstr(path + ":8: \"master_volume\" = nan is outside 0..1; using 0\n"));
+    EXPECT_THAT(errors, HasSubstr(path + ":11: \"input_gamepad_axis_deadzone\" = 1.5 is outside 0..1; using 1\n"));
+    // Values within their ranges, a bound read into a float included, are not touched.
     EXPECT_THAT(errors, Not(HasSubstr("brightness")));
-    EXPECT_EQ(std::vector<float>({settings.render_scale, settings.fov, settings.gamma, settings.master_volume}),
-              std::vector<float>({2.0f, 25.0f, 1.0f, 0.0f}));
+    EXPECT_THAT(errors, Not(HasSubstr("look_sensitivity")));
+    EXPECT_EQ(std::vector<float>({settings.render_scale, settings.fov, settings.gamma, settings.master_volume,
+                                  settings.input_gamepad_axis_deadzone}),
+              std::vector<float>({2.0f, 25.0f, 1.0f, 0.0f, 1.0f}));
+    EXPECT_EQ(settings.framerate_limit_main_rendering, 90);
     EXPECT_EQ(settings.brightness, 1.5f);
+    EXPECT_EQ(ReadFile(path), text) << "clamping writes nothing";
 }
 
-TEST_F(GameSettingsTest, UnreadableFileMeansTheDefaultsAndIsNeverReplaced) {
-    std::filesystem::create_directory(path);  // a folder where the file should be
-    testing::internal::CaptureStderr();
-    auto unreadable = GameSettings::Instance(path, std::nullopt);
-    EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("cannot read \"" + path + "\""));
-    EXPECT_EQ(unreadable->fov, 70.0f);
-    EXPECT_THROW(unreadable->WriteConfig(), std::runtime_error);
-    EXPECT_TRUE(std::filesystem::is_directory(path));
+TEST_F(GameSettingsTest, UnreadableFileMeansTheDefaultsOneWarningAndNoWrite) {
+    // A folder where the file should be, and a regular file where its folder should be.
+    std::string const beneathAFile = directory.File("file/settings.ini");
+    WriteFile(directory.File("file"), "mine");
+    std::filesystem::create_directory(path);
+    for (auto const& [unreadablePath, reason] : {std::pair{path, "Is a directory"},
+                                                 std::pair{beneathAFile, "Not a directory"}}) {
+        SCOPED_TRACE(unreadablePath);
+        testing::internal::CaptureStderr();
+        auto unreadable = GameSettings::Instance(unreadablePath, std::nullopt);
+        float const fov = unreadable->fov;
+        unreadable->fov = 90.0f;
+        unreadable->WriteConfig();
+        std::string const errors = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(CountOccurrences(errors, "\n"), 1u) << errors;
+        EXPECT_THAT(errors, HasSubstr("\"" + unreadablePath + "\": " + reason));
+        EXPECT_EQ(fov, 70.0f);
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(path));
+    EXPECT_EQ(ReadFile(directory.File("file")), "mine");
 }
 
 TEST_F(GameSettingsTest, SettingsThatCannotBeSavedStayAtTheirDefaults) {

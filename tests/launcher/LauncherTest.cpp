@@ -1,5 +1,6 @@
 #include "modules/MERIDON_Mod.h"
 #include "tests/support/Process.h"
+#include "tests/support/TempDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -114,6 +115,18 @@ TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
         {"infinite rate in the file", "[launcher]\nserver_hz = inf\n", {}, ":2: server_hz: 'inf' is not a valid value"},
         {"fractional substeps in the file", "[launcher]\nserver_substeps = 2.5\n", {},
          ":2: server_substeps: '2.5' is not a valid value"},
+        {"no substeps in the file", "[launcher]\nserver_substeps = 0\n", {},
+         ":2: server_substeps: '0' is not a valid value: a whole number, 1 or more, is needed"},
+        {"value that is no number in the file", "[launcher]\nserver_hz = fast\n", {},
+         ":2: server_hz: 'fast' is not a valid value"},
+        {"negative autosave in the file", "[launcher]\nautosave_minutes = -1\n", {},
+         ":2: autosave_minutes: '-1' is not a valid value"},
+        {"autosave that is no number on the command line", "", {"--autosave", "nan"},
+         "--autosave: 'nan' is not a valid value"},
+        {"key outside any section", "server_hz = 30\n[launcher]\n", {},
+         ":1: not inside a valid [section]: \"server_hz = 30\""},
+        {"header without its bracket", "[launcher\nserver_hz = 30\n", {},
+         ":1: section header without a closing ']': \"[launcher\""},
         {"negative rate on the command line", "", {"--server-hz", "-5"}, "--server-hz: '-5' is not a valid value"},
         {"missing module folder in the file", "[launcher]\nmodule_path = nowhere\n", {},
          ":2: module_path: 'nowhere' is not a valid value: 'nowhere' is not a folder"},
@@ -138,6 +151,54 @@ TEST(LauncherTest, ConfigurationMistakesAreErrorsNamingThem) {
         EXPECT_EQ(result.out.find("Starting game"), std::string::npos) << "the game started";
     }
     std::filesystem::remove(ini);
+}
+
+TEST(LauncherTest, PlayerSettingsThatCannotBeReadOrAreOutOfRangeCostNeitherTheRendererNorTheFile) {
+    enum Layout { Text, FolderInPlaceOfTheFile, FileInPlaceOfItsFolder };
+    struct Case {
+        char const* what;
+        Layout layout;
+        char const* text;
+        std::vector<std::string> errors;
+    };
+    std::string const settings = "../Meridon-data/client/settings.ini";
+    std::vector<Case> const cases{
+        {"a folder in place of the file", FolderInPlaceOfTheFile, "", {"cannot read \"" + settings + "\": Is a directory"}},
+        {"a file in place of its folder", FileInPlaceOfItsFolder, "mine", {"\"" + settings + "\": Not a directory"}},
+        // No preset yet: the renderer saves the one it detects, and with it every setting.
+        {"values out of range or that do not parse", Text, "[graphics]\nfov = -500\nrender_scale = abc\n",
+         {settings + ":2: \"fov\" = -500 is outside 25..125; using 25",
+          settings + ":3: value of \"render_scale\" ignored: expected a number, got \"abc\""}},
+    };
+    for (auto const& [what, layout, text, errors] : cases) {
+        SCOPED_TRACE(what);
+        // A game folder of its own, since the settings lie at a fixed place beside it.
+        TempDirectory game;
+        std::filesystem::create_directories(game.Path() / "root");
+        for (char const* shared : {"game", "modules"})
+            std::filesystem::create_directory_symlink(std::filesystem::absolute(shared), game.Path() / "root" / shared);
+        auto const client = game.Path() / "Meridon-data/client";
+        std::filesystem::create_directories(layout == FileInPlaceOfItsFolder ? client.parent_path() : client);
+        if (layout == FolderInPlaceOfTheFile)
+            std::filesystem::create_directory(client / "settings.ini");
+        else
+            WriteFile(layout == Text ? (client / "settings.ini").string() : client.string(), text);
+
+        auto result = RunProcess({MERIDON_LAUNCHER, "--ticks", "3", "--server-hz", "0", "--screenshot", "../shot.png"},
+                                 (game.Path() / "root").string());
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+        EXPECT_NE(result.out.find("Screenshot saved"), std::string::npos) << "no renderer: " << result.err;
+        EXPECT_EQ(CountOccurrences(result.err, "\n"), errors.size()) << result.err;
+        for (auto const& error : errors)
+            EXPECT_NE(result.err.find(error), std::string::npos) << error << " in:\n" << result.err;
+        if (layout == FolderInPlaceOfTheFile)
+            EXPECT_TRUE(std::filesystem::is_empty(client / "settings.ini"));
+        else if (layout == FileInPlaceOfItsFolder)
+            EXPECT_EQ(ReadFile(client.string()), text);
+        else
+            EXPECT_NE(ReadFile((client / "settings.ini").string()).find("\nrender_scale = abc\n"), std::string::npos)
+                << "the line that did not parse is the user's to mend";
+    }
 }
 
 TEST(LauncherTest, ModulesAreLookedForInTheGameFolderThenInEachModulePathFolderInOrder) {

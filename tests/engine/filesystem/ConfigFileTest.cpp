@@ -150,12 +150,22 @@ TEST_F(ConfigFileTest, BadValuesAreReportedAndKeepTheEarlierValue) {
     EXPECT_THAT(errors, HasSubstr(path + ":6: value of \"jump\" ignored: unknown input binding part \"trigger\""));
 }
 
-TEST_F(ConfigFileTest, UnreadableFileIsReportedOnceWithItsReason) {
+TEST_F(ConfigFileTest, UnreadableFileIsReportedOnceWithItsReasonAndNotWrittenUntilItReads) {
     std::filesystem::create_directory(path);
     auto errors = StderrOf([&] { settings.ReadConfig(); });
     EXPECT_EQ(CountOccurrences(errors, "\"" + path + "\""), 1u) << errors;
     EXPECT_THAT(errors, HasSubstr("Is a directory"));
     EXPECT_EQ(settings.volume, 50);
+
+    // Readable again, but the fields still hold defaults rather than what it says: a write would replace the user's
+    // values.
+    std::filesystem::remove(path);
+    WriteFile(path, "[general]\nvolume = 7\n");
+    EXPECT_THAT(ErrorOf([&] { settings.WriteConfig(); }), HasSubstr("\"" + path + "\" is not written"));
+    EXPECT_EQ(ReadFile(path), "[general]\nvolume = 7\n");
+    settings.ReadConfig();
+    EXPECT_NO_THROW(settings.WriteConfig());
+    EXPECT_THAT(ReadFile(path), HasSubstr("volume = 7\n"));
 }
 
 TEST_F(ConfigFileTest, SectionFormHandsOverHeadersAndSplitLines) {
@@ -249,6 +259,11 @@ TEST_F(ConfigFileTest, WriteLeavesLinesThatHoldTheValueOrDidNotParseUntouched) {
     settings.volume = 60;
     settings.WriteConfig();
     EXPECT_NE(ReadFile(path).find("volume = 60\n"), std::string::npos) << ReadFile(path);
+    // A bad line the user then deletes is no longer kept from the write: the key comes back.
+    ReadSettings("[general]\nvolume = loud\n");
+    ReadSettings("[general]\n");
+    settings.WriteConfig();
+    EXPECT_THAT(ReadFile(path), HasSubstr("\nvolume = 60\n"));
 }
 
 TEST_F(ConfigFileTest, WriteCreatesAMissingFileThatReadsBackTheSame) {
