@@ -1,4 +1,5 @@
 #include "game/entity/ClientSideEntity.h"
+#include "tests/support/Capture.h"
 #include "tests/support/GameFixture.h"
 
 #include <thread>
@@ -46,20 +47,14 @@ TEST_F(GameTest, PassesCallTheirHooksInOrder) {
     EXPECT_EQ(MERIDON_Mod::Count(), 0u);
 }
 
-TEST_F(GameTest, StartAnnouncesItselfAndReadySaysTheGameStarts) {
+TEST_F(GameTest, StartAnnouncesItselfAndLoadsContentModulesInOrderSkippingMissingOnesSilently) {
+    Game::_mods = {"TEST_beta", "TEST_missing", "TEST_alpha"};
     testing::internal::CaptureStdout();
-    Game::Start();
+    EXPECT_EQ(StderrOf([] { Game::Start(); }), "");
     Game::Ready();
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "Shader compilation may take several minutes before starting the game the first time or after an "
               "update...\nStarting game...\n");
-}
-
-TEST_F(GameTest, StartLoadsContentModulesInOrderAndSkipsMissingOnesSilently) {
-    Game::_mods = {"TEST_beta", "TEST_missing", "TEST_alpha"};
-    testing::internal::CaptureStderr();
-    Game::Start();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(MERIDON_Mod::Count(), 2u);
     EXPECT_EQ(journal::EntriesOf("ModuleLoad"),
               (Entries{"TEST_beta.MERIDON_Mod:ModuleLoad", "TEST_alpha.MERIDON_Mod:ModuleLoad"}));
@@ -197,16 +192,14 @@ TEST_F(GameTest, PhysicsDebugPublishFillsEmptiedBackBuffersAndHandsThemToStaging
 
 // ---- World time --------------------------------------------------------------------------------------------------------
 
-TEST_F(GameTest, ServerTickSetsTimestampFromTheClockPlusOffset) {
+TEST_F(GameTest, ServerTickSetsTimestampFromTheClockPlusOffsetUnlessTimeIsStopped) {
     Game::timeOffset = 1000.0;
     double before = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
     Game::ServerUpdate(0.01, 1);
     double after = std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
     EXPECT_GE(Game::timestamp, before + 1000.0 - 0.001);
     EXPECT_LE(Game::timestamp, after + 1000.0);
-}
 
-TEST_F(GameTest, StoppedTimeKeepsTheTimestamp) {
     Game::timeActive = false;
     Game::timestamp = 42.5;
     Game::ServerUpdate(0.01, 1);

@@ -1,24 +1,14 @@
 #include "game/UniqueId.h"
 
+#include "tests/support/Capture.h"
+
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <set>
-#include <stdexcept>
 #include <thread>
 
 using game::UniqueId;
-
-namespace {
-std::string ErrorOf(std::string const& text) {
-    try {
-        UniqueId id(text);
-    } catch (std::exception const& error) {
-        return error.what();
-    }
-    return "";
-}
-}
 
 TEST(UniqueIdTest, GeneratedIdsCarryPrefixOwnerTimeAndChance) {
     UniqueId::_this_owner = 1;
@@ -39,7 +29,7 @@ TEST(UniqueIdTest, GeneratedIdsCarryPrefixOwnerTimeAndChance) {
     EXPECT_FALSE(id.IsNull());
 }
 
-TEST(UniqueIdTest, StringFormRoundTripsWithEqualHash) {
+TEST(UniqueIdTest, StringFormRoundTripsWithEqualHashAndPutsTheBytesWhereItTookThem) {
     for (int i = 0; i < 100; ++i) {
         UniqueId id = UniqueId::Generate("NODE");
         UniqueId parsed(id.String());
@@ -47,6 +37,16 @@ TEST(UniqueIdTest, StringFormRoundTripsWithEqualHash) {
         EXPECT_EQ(std::hash<UniqueId>()(parsed), std::hash<UniqueId>()(id));
         EXPECT_EQ(std::hash<UniqueId>()(id), id.high);
     }
+
+    UniqueId id("ENTT0100000001020304050607F8");
+    unsigned char bytes[16];
+    std::memcpy(bytes, &id, 16);
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes), 4), "ENTT");
+    EXPECT_EQ(bytes[4], 0x01);
+    EXPECT_EQ(bytes[7], 0x00);
+    EXPECT_EQ(bytes[8], 0x01);
+    EXPECT_EQ(bytes[15], 0xF8);
+    EXPECT_EQ(id.String(), "ENTT0100000001020304050607F8");
 }
 
 TEST(UniqueIdTest, IdsMadeAtOnceOnManyThreadsNeverCollide) {
@@ -84,21 +84,11 @@ TEST(UniqueIdTest, NullMeansEitherHalfIsZero) {
 }
 
 TEST(UniqueIdTest, ParserRejectsWrongLengthsAndLowerCaseHex) {
-    EXPECT_EQ(ErrorOf(std::string(27, 'A')), "UniqueId string length should be 28");
-    EXPECT_EQ(ErrorOf(std::string(29, 'A')), "UniqueId string length should be 28");
-    EXPECT_EQ(ErrorOf("ENTT0100000000112233445566a7"), "not a hex digit");
-    EXPECT_EQ(ErrorOf("ENTTxx00000000112233445566A7"), "not a hex digit");
-    EXPECT_EQ(ErrorOf("ENTT0100000000112233445566A7"), "");
-}
-
-TEST(UniqueIdTest, ParsedBytesLandWhereTheStringTookThem) {
-    UniqueId id("ENTT0100000001020304050607F8");
-    unsigned char bytes[16];
-    std::memcpy(bytes, &id, 16);
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes), 4), "ENTT");
-    EXPECT_EQ(bytes[4], 0x01);
-    EXPECT_EQ(bytes[7], 0x00);
-    EXPECT_EQ(bytes[8], 0x01);
-    EXPECT_EQ(bytes[15], 0xF8);
-    EXPECT_EQ(id.String(), "ENTT0100000001020304050607F8");
+    for (auto const& [text, error] : std::vector<std::pair<std::string, std::string>>{
+             {std::string(27, 'A'), "UniqueId string length should be 28"},
+             {std::string(29, 'A'), "UniqueId string length should be 28"},
+             {"ENTT0100000000112233445566a7", "not a hex digit"},
+             {"ENTTxx00000000112233445566A7", "not a hex digit"},
+             {"ENTT0100000000112233445566A7", "no exception"}})
+        EXPECT_EQ(ErrorOf<std::exception>([&] { (void)UniqueId(text); }), error) << text;
 }

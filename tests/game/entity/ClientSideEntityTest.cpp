@@ -15,11 +15,7 @@ using game::entity::Id;
 
 class ClientSideEntityTest : public testing::Test {
 protected:
-    void SetUp() override {
-        world = std::make_unique<EntityWorld>(testing::UnitTest::GetInstance()->current_test_info()->name());
-    }
-    void TearDown() override {
-        world.reset();
+    ~ClientSideEntityTest() override {
         Game::parentEnvironmentId = 0;
         Game::_environmentFunctions.clear();
     }
@@ -36,7 +32,7 @@ protected:
         return entity;
     }
 
-    std::unique_ptr<EntityWorld> world;
+    EntityWorld world{testing::UnitTest::GetInstance()->current_test_info()->name()};
 };
 
 namespace {

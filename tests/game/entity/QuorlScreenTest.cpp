@@ -5,13 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <stb_image_write.h>
 
 #include <climits>
-#include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iostream>
 #include <set>
 #include <string>
 #include <vector>
@@ -357,28 +354,4 @@ TEST(QuorlScreenTest, WriteSplitsLinesAndAlignsThem) {
             expected.WriteLine(line.x, line.y, kWhite, line.text);
         EXPECT_EQ(written.pixels, expected.pixels) << "align " << textAlign << ", size " << textSize << ": " << text;
     }
-}
-
-TEST(QuorlScreenTest, AComposedScreenIsWrittenForAPersonToLookAt) {
-    QuorlScreen screen(192, 112);
-    screen.Blank(0xFF101828);
-    screen.DrawRect(0, 0, 192, 112, 0xFF40C0FF, 0);
-    screen.DrawRect(8, 24, 64, 72, 0xFFFFFFFF, 0xFF306090);
-    screen.DrawTriangle(72, 72, 104, 24, 136, 72, 0xFFFFD040, 0xC0E05020);
-    screen.DrawCircle(160, 48, 22, 0xFF80FF80, 0x8040A040);
-    screen.DrawLine(8, 80, 184, 100, 0xFFFF40FF);
-    screen.Write(4, 4, 0xFFFFFFFF, "Quorl 0123 {}[]|_gjy");
-    screen.textSize = 2;
-    screen.textAlign = 2 | 8;
-    screen.Write(-4, -2, 0xC0FFFF00, "OK!");
-
-    std::vector<unsigned char> rgba;
-    for (uint32_t pixel : screen.pixels)
-        rgba.insert(rgba.end(), {static_cast<unsigned char>(pixel >> 16), static_cast<unsigned char>(pixel >> 8),
-                                 static_cast<unsigned char>(pixel), static_cast<unsigned char>(pixel >> 24)});
-    std::filesystem::create_directories("screens");
-    auto const path = std::filesystem::absolute("screens/composed_screen.png");
-    ASSERT_TRUE(stbi_write_png(path.c_str(), static_cast<int>(screen.width), static_cast<int>(screen.height), 4,
-                               rgba.data(), static_cast<int>(screen.width * 4)));
-    std::cout << "composed screen: " << path.string() << '\n';
 }

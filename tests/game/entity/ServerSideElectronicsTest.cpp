@@ -38,26 +38,11 @@ private:
     std::string _label;
 };
 
-/// A sensor that sends its reading down output port 0 and its reading doubled down port 1, once per update.
-class Sensor : public Device {
-public:
-    using Device::Device;
-    void Update(double) override {
-        reading += 1.0;
-        OutputData(0, {Number(reading)});
-        OutputData(1, {Value{}, Number(2 * reading)});
-    }
-    static Value Number(double number) {
-        Value value;
-        value.type = 1;
-        value.number = number;
-        return value;
-    }
-    double reading = 0.0;
-};
-
 Value Number(double number) {
-    return Sensor::Number(number);
+    Value value;
+    value.type = 1;
+    value.number = number;
+    return value;
 }
 
 Value Text(std::string text) {
@@ -197,27 +182,6 @@ TEST(ServerSideElectronics, OutputReachesOnlyALiveLinkedDevice) {
     sender->OutputData(4, {Number(4)});
 }
 
-TEST(ServerSideElectronics, AMachineCarriesASensorsReadingsInTheOrderItSendsThem) {
-    auto sensor = std::make_shared<Sensor>("sensor");
-    auto screen = std::make_shared<Device>("screen");
-    auto thruster = std::make_shared<Device>("thruster");
-    sensor->alias = "altimeter";
-    ASSERT_TRUE(sensor->Connect("data.0", LinkTo(screen, "data.0")));
-    ASSERT_TRUE(sensor->Connect("data.1", LinkTo(thruster, "data.2")));
-
-    for (int tick = 0; tick < 60; ++tick)
-        sensor->Update(1.0 / 60.0);
-
-    auto& shown = screen->inputQueues.at(0);
-    ASSERT_EQ(shown.size(), 60u);
-    for (double expected = 1; !shown.empty(); shown.pop(), ++expected)
-        EXPECT_EQ(Numbers(shown.front()), std::vector<double>{expected});
-    auto& thrust = thruster->inputQueues.at(2);
-    ASSERT_EQ(thrust.size(), 60u);
-    EXPECT_EQ(Numbers(thrust.back()), (std::vector<double>{-1, 120}));
-    EXPECT_EQ(thruster->inputsByAlias.at("altimeter").at(1).number, 120.0);
-}
-
 // ---- Players -------------------------------------------------------------------------------------------------------
 
 TEST(ServerSideElectronics, InfoListsTheAliasAndTheLiveLinksByteForByte) {
@@ -264,12 +228,4 @@ TEST(ServerSideElectronics, OnlyUsersWithTheCodeRightEditTheAlias) {
         device.Action(command, 0, step.user);
         EXPECT_EQ(device.alias, step.alias_after) << step.word << " from " << step.user;
     }
-}
-
-TEST(ServerSideElectronics, OtherChannelsAnswerNothing) {
-    Device device("plain");
-    EXPECT_EQ(device.GetScreen(0), nullptr);
-    EXPECT_EQ(device.ApplyVoltage("power", 12.0, 1.0), 0.0);
-    EXPECT_EQ(device.PushFluid("tank", "H2O", 1.0), 0.0);
-    EXPECT_TRUE(device.PullFluid("tank", 1.0).empty());
 }

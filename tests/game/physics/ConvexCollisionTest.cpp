@@ -42,8 +42,9 @@ glm::dvec3 WorldVertex(ConvexMeshCollider const& collider, size_t i) {
 
 /// The separating-axis test with nothing passed over: the bounding spheres, then every axis projected in the order of
 /// the rules, the face normals of a, then those of b, then cross(u, v) for every vertex pair of a and every vertex
-/// pair of b, directions normalised in float. Gives the depth and the normal the narrow phase must find to the bit.
-Collision EveryAxisProjected(ConvexMeshCollider const& a, ConvexMeshCollider const& b) {
+/// pair of b, directions normalised in float. Gives the depth and the normal the narrow phase must find to the bit,
+/// and in `by_edges` whether an edge axis won.
+Collision EveryAxisProjected(ConvexMeshCollider const& a, ConvexMeshCollider const& b, bool& by_edges) {
     auto const center = [](ConvexMeshCollider const& shape) {
         glm::dvec3 const local = (glm::dvec3(shape.box_min) + glm::dvec3(shape.box_max)) * 0.5;
         return glm::dvec3(shape.transform * glm::dvec4(local, 1.0));
@@ -52,11 +53,12 @@ Collision EveryAxisProjected(ConvexMeshCollider const& a, ConvexMeshCollider con
         return {};
     Collision result;
     result.depth = std::numeric_limits<double>::max();
-    auto const take = [&](glm::dvec3 const& axis) {
+    auto const take = [&](glm::dvec3 const& axis, bool edge = false) {
         double const overlap = Overlap(a, b, axis);
         if (overlap < result.depth) {
             result.depth = overlap;
             result.normal = axis;
+            by_edges = edge;
         }
         return overlap > 0.0;
     };
@@ -73,7 +75,7 @@ Collision EveryAxisProjected(ConvexMeshCollider const& a, ConvexMeshCollider con
         for (size_t j = i + 1; j < a.vertices_count; ++j) {
             for (size_t k = 0; k < b.vertices_count; ++k) {
                 for (size_t l = k + 1; l < b.vertices_count; ++l) {
-                    if (!take(glm::normalize(glm::cross(direction(a, i, j), direction(b, k, l)))))
+                    if (!take(glm::normalize(glm::cross(direction(a, i, j), direction(b, k, l))), true))
                         return {};
                 }
             }
@@ -99,16 +101,6 @@ TEST(ConvexCollision, SphereOverABoxTopIsPushedUpByItsPenetration) {
     EXPECT_EQ(collision.normal, glm::dvec3(0, 1, 0));
     EXPECT_DOUBLE_EQ(collision.depth, 0.5);
     EXPECT_EQ(collision.point, glm::dvec3(0, -1, 0));
-}
-
-TEST(ConvexCollision, BoxesOverlappingAlongXPushTheFirstOutwards) {
-    ConvexMeshCollider const a = Box(glm::vec3(0.5f), {0.9, 0, 0}, Tilt(0.02));
-    ConvexMeshCollider const b = Box(glm::vec3(0.5f), {0, 0, 0}, Tilt(-0.01));
-    Collision const collision = ConvexCollision(a, b);
-    EXPECT_NEAR(collision.depth, 0.1, 0.02);
-    EXPECT_GT(collision.normal.x, 0.999);
-    EXPECT_NEAR(collision.point.x, 0.45, 0.1);
-    EXPECT_EQ(ConvexCollision(b, a).normal, -collision.normal);
 }
 
 TEST(ConvexCollision, NoContactWithoutAxisWhenBoundingSpheresAreApartOrEdgesExactlyParallel) {
@@ -236,7 +228,7 @@ protected:
     std::vector<std::pair<ConvexMeshCollider, ConvexMeshCollider>> pairs;
 };
 
-TEST_F(ConvexCollisionOfRandomBoxes, EveryContactPassesTheFilterAndEndsByMovingAlongTheNormal) {
+TEST_F(ConvexCollisionOfRandomBoxes, EveryContactPassesTheFilterIsTheSameBothWaysAndEndsByMovingAlongTheNormal) {
     for (auto [a, b] : pairs) {
         EXPECT_TRUE(PotentialBoxBoxIntersection(a, b));
         EXPECT_TRUE(PotentialBoxBoxIntersection(b, a));
@@ -245,6 +237,13 @@ TEST_F(ConvexCollisionOfRandomBoxes, EveryContactPassesTheFilterAndEndsByMovingA
         Collision const collision = ConvexCollision(a, b);
         ASSERT_LT(collision.depth, 0.1);
         EXPECT_NEAR(glm::length(collision.normal), 1.0, 1e-12);
+        // Both orders try the same axes, with the same overlaps to the bit; only an axis of exactly the same overlap,
+        // met first in the other order, may win instead of the reversed normal.
+        Collision const backward = ConvexCollision(b, a);
+        EXPECT_EQ(backward.depth, collision.depth);
+        if (backward.normal != -collision.normal) {
+            EXPECT_EQ(Overlap(a, b, backward.normal), collision.depth);
+        }
         // A vertex clamped into the other box, or the two boxes' nearest points met in the smaller one.
         EXPECT_LT(std::min(glm::distance(collision.point, a.GetPositionClamped(collision.point, 0.0)),
                            glm::distance(collision.point, b.GetPositionClamped(collision.point, 0.0))),
@@ -266,6 +265,9 @@ TEST_F(ConvexCollisionOfRandomBoxes, FindsWhatProjectingEveryAxisFindsToTheBit) 
         far_a.transform[3] += far;
         far_b.transform[3] += far;
         cases.push_back({far_a, far_b});
+        // A corner cut: vertices no longer numbered as a box's.
+        cases.push_back({a, b});
+        cases.back().first.vertices[7] *= 0.6f;
         // Turned to b's rotation, and to it but for a hair: parallel edges, whose axes are not numbers, and nearly
         // parallel ones, whose axes are the least precise.
         for (double hair : {0.0, 1e-7 * unit(random)}) {
@@ -282,64 +284,17 @@ TEST_F(ConvexCollisionOfRandomBoxes, FindsWhatProjectingEveryAxisFindsToTheBit) 
             cases.push_back({moved, b});
         }
     }
-    int contacts = 0;
+    int contacts = 0, edge_contacts = 0;
     for (size_t i = 0; i < cases.size(); ++i) {
         auto const& [a, b] = cases[i];
-        Collision const expected = EveryAxisProjected(a, b);
+        bool by_edges = false;
+        Collision const expected = EveryAxisProjected(a, b, by_edges);
         Collision const found = ConvexCollision(a, b);
         ASSERT_EQ(found.depth, expected.depth) << "case " << i;
         ASSERT_EQ(found.normal, expected.normal) << "case " << i;
         contacts += found.depth > 0.0 ? 1 : 0;
+        edge_contacts += found.depth > 0.0 && by_edges ? 1 : 0;
     }
     EXPECT_GT(contacts, int(cases.size()) / 2);
-}
-
-TEST_F(ConvexCollisionOfRandomBoxes, SwappingTheArgumentsKeepsTheDepthAndReversesTheNormal) {
-    for (auto const& [a, b] : pairs) {
-        Collision const forward = ConvexCollision(a, b);
-        Collision const backward = ConvexCollision(b, a);
-        // Both orders try the same axes, with the same overlaps to the bit.
-        EXPECT_EQ(backward.depth, forward.depth);
-        // Only an axis of exactly the same overlap, met first in the other order, may win instead.
-        if (backward.normal != -forward.normal) {
-            EXPECT_EQ(Overlap(a, b, backward.normal), forward.depth);
-        }
-    }
-}
-
-TEST_F(ConvexCollisionOfRandomBoxes, TheDepthIsTheSmallestOverlapOfTheFaceAndEdgeAxes) {
-    std::vector<std::pair<ConvexMeshCollider, ConvexMeshCollider>> shapes = pairs;
-    for (auto [a, b] : pairs) {
-        a.vertices[7] *= 0.6f;  // a corner cut: vertices no longer numbered as a box's
-        shapes.push_back({a, b});
-    }
-    int edge_contacts = 0;
-    for (auto const& [a, b] : shapes) {
-        Collision const collision = ConvexCollision(a, b);
-        if (collision.depth == 0.0)
-            continue;
-        EXPECT_EQ(Overlap(a, b, collision.normal), collision.depth);
-        bool along_a_normal = false;
-        for (auto const* box : {&a, &b}) {
-            for (size_t i = 0; i < box->normals_count; ++i) {
-                glm::dvec3 const normal = glm::normalize(glm::dmat3(box->transform) * glm::dvec3(box->normals[i]));
-                EXPECT_GE(Overlap(a, b, normal), collision.depth);
-                along_a_normal = along_a_normal || std::abs(glm::dot(normal, collision.normal)) > 1 - 1e-12;
-            }
-        }
-        edge_contacts += along_a_normal ? 0 : 1;
-        // Edge directions made in double here rather than in float: overlaps differ by some 1e-7.
-        for (size_t i = 0; i < 8; ++i) {
-            for (size_t j = i + 1; j < 8; ++j) {
-                glm::dvec3 const u = WorldVertex(a, j) - WorldVertex(a, i);
-                for (size_t k = 0; k < 8; ++k) {
-                    for (size_t l = k + 1; l < 8; ++l) {
-                        glm::dvec3 const axis = glm::normalize(glm::cross(u, WorldVertex(b, l) - WorldVertex(b, k)));
-                        EXPECT_GT(Overlap(a, b, axis), collision.depth - 1e-6);
-                    }
-                }
-            }
-        }
-    }
-    EXPECT_GT(edge_contacts, 30) << "edge against edge is among the contacts";
+    EXPECT_GT(edge_contacts, 100) << "edge against edge is among the contacts";
 }
