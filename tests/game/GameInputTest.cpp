@@ -39,53 +39,40 @@ protected:
 
 // ---- Input modes and mouse look -----------------------------------------------------------------------------------
 
-TEST_F(GameInputTest, PlayModeOnAFocusedWindowCapturesTheCursor) {
-    window.SetCursorPos(300, 200);
-    Game::SetInputMode_Play();
-    EXPECT_EQ(Game::_inputMode, 1);
-    EXPECT_TRUE(Game::_mouseLook);
-    EXPECT_EQ(window.GetInputMode(kCursorMode), kCursorDisabled);
-    double x, y;
-    window.GetCursorPos(x, y);
-    EXPECT_EQ(x, 0.0);
-    EXPECT_EQ(y, 0.0);
-
-    Game::SetInputMode_Ui();
-    EXPECT_EQ(Game::_inputMode, 0);
-    EXPECT_FALSE(Game::_mouseLook);
-    EXPECT_EQ(window.GetInputMode(kCursorMode), kCursorNormal);
-}
-
-TEST_F(GameInputTest, PlayModeOnAnUnfocusedWindowLeavesMouseLookOff) {
-    window.SetFocused(false);
-    Game::SetInputMode_Play();
-    EXPECT_EQ(Game::_inputMode, 1);
-    EXPECT_FALSE(Game::_mouseLook);
-    EXPECT_EQ(window.GetInputMode(kCursorMode), kCursorNormal);
-}
-
-TEST_F(GameInputTest, StationModeAndPlayBothLookWithTheMouse) {
-    Game::SetInputMode_Station();
-    EXPECT_EQ(Game::_inputMode, 2);
-    EXPECT_TRUE(Game::_mouseLook);
-    Game::SetInputMode_Ui();
-    Game::Play();
-    EXPECT_EQ(Game::_inputMode, 1);
-    EXPECT_TRUE(Game::_mouseLook);
-}
-
-TEST_F(GameInputTest, QuitFreesTheCursor) {
-    Game::SetInputMode_Play();
-    Game::Quit();
-    EXPECT_FALSE(Game::_mouseLook);
-    EXPECT_EQ(window.GetInputMode(kCursorMode), kCursorNormal);
-}
-
-TEST_F(GameInputTest, WithoutAWindowModesChangeAndMouseLookStaysOff) {
-    Game::window = nullptr;
-    Game::SetInputMode_Station();
-    EXPECT_EQ(Game::_inputMode, 2);
-    EXPECT_FALSE(Game::_mouseLook);
+TEST_F(GameInputTest, PlayAndStationLookWithTheMouseOnAFocusedWindowOnly) {
+    struct Step {
+        char const* name;
+        void (*enter)();
+        bool focused, hasWindow;
+        uint8_t mode;
+        bool mouseLook;
+    };
+    // In order: each step starts where the one before left.
+    Step const steps[] = {
+        {"play", Game::SetInputMode_Play, true, true, 1, true},
+        {"interface", Game::SetInputMode_Ui, true, true, 0, false},
+        {"station", Game::SetInputMode_Station, true, true, 2, true},
+        {"interface", Game::SetInputMode_Ui, true, true, 0, false},
+        {"Game::Play", Game::Play, true, true, 1, true},
+        {"quit frees the cursor", Game::Quit, true, true, 1, false},
+        {"play on an unfocused window", Game::SetInputMode_Play, false, true, 1, false},
+        {"station without a window", Game::SetInputMode_Station, true, false, 2, false},
+    };
+    for (auto const& step : steps) {
+        SCOPED_TRACE(step.name);
+        window.SetFocused(step.focused);
+        window.SetCursorPos(300, 200);
+        Game::window = step.hasWindow ? &window : nullptr;
+        step.enter();
+        EXPECT_EQ(Game::_inputMode, step.mode);
+        EXPECT_EQ(Game::_mouseLook, step.mouseLook);
+        if (!step.hasWindow)
+            continue;
+        EXPECT_EQ(window.GetInputMode(kCursorMode), step.mouseLook ? kCursorDisabled : kCursorNormal);
+        double x, y;
+        window.GetCursorPos(x, y);
+        EXPECT_EQ(x == 0.0 && y == 0.0, step.mouseLook) << "the cursor is centred when captured";
+    }
 }
 
 // ---- Device look-ups ----------------------------------------------------------------------------------------------
@@ -111,6 +98,7 @@ TEST_F(GameInputTest, GuidLookUpsIgnoreCaseAndCountOnlyMatches) {
     auto first = Plug(1, false, 2, "0300ABCD");
     auto second = Plug(2, false, 2, "0300abcd");
     auto pad = Plug(3, true, 6, "0300abcd");
+    Plug(4, false, 2, "0300ab"); // a prefix is no match
 
     EXPECT_EQ(Game::GetJoystick("0300abcd", 0), first);
     EXPECT_EQ(Game::GetJoystick("0300ABCD", 1), second);

@@ -80,13 +80,3 @@ TEST_F(JoystickTest, DisconnectedDeviceReadsNothing) {
     EXPECT_EQ(stick.GetHat(0), 0);
     EXPECT_EQ(stick.GetGamepadAxis(1, 0.1f, false, false), 0.0f);
 }
-
-TEST_F(JoystickTest, GuidComparisonIgnoresCaseButNotLength) {
-    Joystick stick = Plug(false, {0.0f, 0.0f});
-    stick.guid = "ABC";
-    EXPECT_TRUE(stick.IsSameGUID("abc"));
-    EXPECT_FALSE(stick.IsSameGUID("abcd"));
-    EXPECT_FALSE(stick.IsSameGUID(""));
-    stick.guid = "";
-    EXPECT_TRUE(stick.IsSameGUID(""));
-}
