@@ -10,9 +10,13 @@ CMAKE_FLAGS   := -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DMERIDON_WERROR=$(WE
 HEADLESS_ARGS := $(if $(DISPLAY)$(WAYLAND_DISPLAY),,--seconds 5 --screenshot ../Meridon-data/screenshots/demo.png)
 RUN_ARGS      ?= --world demo $(HEADLESS_ARGS)
 
-# The ThreadSanitizer suite: the launcher with its four loops, and the tests that run them together.
-TSAN_TARGETS  := meridon_launcher meridon_launcher_tests meridon_world_fault_tests meridon_game_tests quorl_tests
-TSAN_TESTS    := Launcher|HookFailure|WorldFault|GameTest|SharedMutex
+# The ThreadSanitizer suite: the launcher with its four loops, the tests that run them together, and the tests of
+# what the loops share (module registries, the settings' reload thread, ids made on many threads, SharedMutex).
+TSAN_TARGETS  := meridon_launcher meridon_launcher_tests meridon_world_fault_tests meridon_game_tests \
+                 meridon_module_tests quorl_tests quorl_filesystem_tests
+TSAN_TESTS    := Launcher|HookFailure|WorldFault|GameTest|UniqueIdTest|ModuleClassTest|ConfigFileTest|SharedMutex
+# Launchers started by the tests print to pipes that the tests keep, so every process writes its reports here.
+TSAN_REPORTS  := $(abspath $(TSAN_BUILD_DIR))/tsan-reports
 
 .PHONY: all setup build run test sanitize-test tsan-test clean
 
@@ -41,8 +45,13 @@ sanitize-test: setup
 tsan-test: setup
 	cmake -S . -B $(TSAN_BUILD_DIR) $(CMAKE_FLAGS) -DMERIDON_TSAN=ON -DMERIDON_BENCHMARKS=OFF
 	cmake --build $(TSAN_BUILD_DIR) -j $(JOBS) --target $(TSAN_TARGETS)
-	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/tsan.supp $(TSAN_OPTIONS)" \
-	  ctest --test-dir $(TSAN_BUILD_DIR) --output-on-failure -j $(JOBS) -R '$(TSAN_TESTS)'
+	rm -rf $(TSAN_REPORTS) && mkdir -p $(TSAN_REPORTS)
+	TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1 suppressions=$(CURDIR)/tests/tsan.supp \
+	  log_path=$(TSAN_REPORTS)/report $(TSAN_OPTIONS)" \
+	  ctest --test-dir $(TSAN_BUILD_DIR) --output-on-failure -j $(JOBS) -R '$(TSAN_TESTS)'; status=$$?; \
+	if [ -n "$$(ls -A $(TSAN_REPORTS))" ]; then \
+	  cat $(TSAN_REPORTS)/*; echo "ThreadSanitizer reported the above (kept in $(TSAN_REPORTS))"; exit 1; \
+	fi; exit $$status
 
 clean:
 	rm -rf $(BUILD_DIR) $(SAN_BUILD_DIR) $(TSAN_BUILD_DIR)
