@@ -64,6 +64,10 @@ public:
     static bool _mouseLook;
     /// 0 user interface, 1 play, 2 station.
     static uint8_t _inputMode;
+    /// How the library reads both: Quit, from any thread, releases the mouse while the input loop and the renderer
+    /// read them, so every access of ours goes through an atomic view of the plain field.
+    static bool MouseLook() noexcept { return std::atomic_ref(_mouseLook).load(std::memory_order_relaxed); }
+    static uint8_t InputMode() noexcept { return std::atomic_ref(_inputMode).load(std::memory_order_relaxed); }
     static bool uiVisible;
 
     // ---- World time and environment -----------------------------------------------------------------------------

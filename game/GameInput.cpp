@@ -56,33 +56,34 @@ void Game::InputUpdate_Station(double dt) {
 // ---- Input mode ----------------------------------------------------------------------------------------------------
 
 void Game::SetMouseLook(bool on) {
-    if (!window || _mouseLook == on)
+    if (!window || MouseLook() == on)
         return;
+    std::atomic_ref mouseLook(_mouseLook);
     if (on && window->IsFocused()) {
         window->SetInputMode(kCursorMode, kCursorDisabled);
         window->SetCursorPos(0.0, 0.0);
         if (ImGui::GetCurrentContext())
             ImGui::SetWindowFocus(nullptr);
-        _mouseLook = true;
+        mouseLook.store(true, std::memory_order_relaxed);
         return;
     }
     window->SetInputMode(kCursorMode, kCursorNormal);
-    _mouseLook = false;
+    mouseLook.store(false, std::memory_order_relaxed);
 }
 
 void Game::SetInputMode_Ui() {
     SetMouseLook(false);
-    _inputMode = 0;
+    std::atomic_ref(_inputMode).store(0, std::memory_order_relaxed);
 }
 
 void Game::SetInputMode_Play() {
     SetMouseLook(true);
-    _inputMode = 1;
+    std::atomic_ref(_inputMode).store(1, std::memory_order_relaxed);
 }
 
 void Game::SetInputMode_Station() {
     SetMouseLook(true);
-    _inputMode = 2;
+    std::atomic_ref(_inputMode).store(2, std::memory_order_relaxed);
 }
 
 // ---- Devices -------------------------------------------------------------------------------------------------------

@@ -84,7 +84,7 @@ std::vector<std::unique_ptr<LoopThread>> StartLoops(LauncherConfig const& config
         loops.push_back(std::make_unique<LoopThread>("input", config.inputHz, Game::inputFramerate, [](double dt) {
             UpdateJoysticks();
             Game::InputUpdate(dt);
-            if (Game::_inputMode == 2)
+            if (Game::InputMode() == 2)
                 Game::InputUpdate_Station(dt);
             else
                 Game::InputUpdate_Play(dt);

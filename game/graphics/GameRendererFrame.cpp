@@ -185,7 +185,7 @@ void GameRenderer::FrameOverlayCommands(VkCommandBuffer commandBuffer) {
     overlayRenderPass->Begin(commandBuffer, {swapchain.imageViews[swapchainImageIndex]}, {},
         VK_SUBPASS_CONTENTS_INLINE);
     // A free mouse shows no crosshair.
-    if (Game::uiVisible && Game::_mouseLook) {
+    if (Game::uiVisible && Game::MouseLook()) {
         crosshairPipeline->Bind(commandBuffer, {});
         crosshairPipeline->Draw(commandBuffer, 1, 1);
     }

@@ -52,7 +52,7 @@ void AddKeyboardAndMouse(T& value, Controller::InputBinding const& binding) {
         return;
     if (binding.key >= 0 && !UiWantsKeyboard())
         Add(value, window->GetKey(binding.key));
-    if (binding.mouse_button >= 0 && !UiWantsMouse() && Game::_mouseLook)
+    if (binding.mouse_button >= 0 && !UiWantsMouse() && Game::MouseLook())
         Add(value, window->GetMouseButton(binding.mouse_button));
 }
 
@@ -187,7 +187,7 @@ void Controller::InputUpdate(double dt) {
         return;
     }
     auto const& s = *settings;
-    auto const mode = Game::_inputMode;
+    auto const mode = Game::InputMode();
     auto forEachBinding = [&](auto&& visit) { ForEachBinding(next, s, visit); };
 
     // Escape and chat (the bindings whose keys are read always) work in every mode, even while the interface has the
@@ -206,7 +206,7 @@ void Controller::InputUpdate(double dt) {
                 InputBindingState(value, binding);
         });
         // The cursor is disabled while mouse look is on, so its position is the movement since the last pass.
-        if (Game::_mouseLook) {
+        if (Game::MouseLook()) {
             double x = 0.0, y = 0.0;
             window->GetCursorPos(x, y);
             window->SetCursorPos(0.0, 0.0);
