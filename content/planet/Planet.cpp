@@ -18,6 +18,8 @@ namespace {
 struct Medium {
     double density;
     double viscosity;
+    /// The water's share of the density.
+    double liquidDensity;
 };
 
 double AirDensity(double height) {
@@ -29,8 +31,8 @@ double AirDensity(double height) {
 Medium MediumOver(double height, double thickness, bool ocean) {
     if (!(thickness > 0.0)) {
         if (ocean && height < 0.0)
-            return {planet::kWaterDensity, planet::kWaterViscosity};
-        return {AirDensity(height), planet::kAirViscosity};
+            return {planet::kWaterDensity, planet::kWaterViscosity, planet::kWaterDensity};
+        return {AirDensity(height), planet::kAirViscosity, 0.0};
     }
     double water = ocean ? std::clamp(-height, 0.0, thickness) : 0.0;
     double air = thickness - water;
@@ -39,7 +41,8 @@ Medium MediumOver(double height, double thickness, bool ocean) {
                      (std::exp(-(height + water) / planet::kScaleHeight) -
                       std::exp(-(height + thickness) / planet::kScaleHeight));
     return {(planet::kWaterDensity * water + airMass) / thickness,
-            (planet::kWaterViscosity * water + planet::kAirViscosity * air) / thickness};
+            (planet::kWaterViscosity * water + planet::kAirViscosity * air) / thickness,
+            planet::kWaterDensity * water / thickness};
 }
 
 /// Columns: east, up, north, and the point itself. East is +x at the top of the planet.
@@ -68,6 +71,7 @@ EnvironmentInfo Ask(glm::dvec3 const& position, game::EnvironmentInfoFlags flags
     Medium medium = MediumOver(r - planet::kRadius, 2.0 * size, ocean);
     info.density = medium.density;
     info.viscosity = medium.viscosity;
+    info.liquidDensity = medium.liquidDensity;
     if (flags & game::ENVIRONMENT_SURFACE) {
         info.surface.point = up * ground;
         info.surface.normal = up;

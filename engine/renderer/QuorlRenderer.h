@@ -48,6 +48,11 @@ public:
         vk::PhysicalDevice::Features const& features, bool vsync, bool validation = false);
     ~QuorlRenderer() override;
 
+    /// What a geometry's texture index holds until someone gives it a picture. Slot 0 holds the game's font atlas,
+    /// which is never a monitor's picture, so index 0 means "no texture", as zero means "no override" in the
+    /// instance records.
+    static constexpr uint32_t kDefaultTextureIndex = 0;
+
     /// Registers a texture for shaders, which address it by the returned index. sampler may be VK_NULL_HANDLE for
     /// storage images.
     uint32_t AddTexture(graphics::TextureRef texture, VkSampler sampler);

@@ -14,6 +14,11 @@ Buffer::Buffer(Device* device, VmaMemoryUsage memoryUsage, unsigned int usage, u
     if (addresses) {
         usage |= VK_BUFFER_USAGE_SHADER_DEVICE_ADDRESS_BIT;
     }
+    // Geometry is made as build input of acceleration structures wherever it lives; a device without them (a CPU
+    // device, a GPU without ray tracing) would reject the bit, and draws the same data by other means.
+    if (!device->enabledFeatures.accelerationStructure.accelerationStructure) {
+        usage &= ~VK_BUFFER_USAGE_ACCELERATION_STRUCTURE_BUILD_INPUT_READ_ONLY_BIT_KHR;
+    }
     VkBufferCreateInfo const info{
         .sType = VK_STRUCTURE_TYPE_BUFFER_CREATE_INFO,
         .pNext = nullptr,

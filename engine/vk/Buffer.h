@@ -37,20 +37,23 @@ public:
     VkDeviceAddress address = 0;
 };
 
-/// A buffer of `count` records of T, mapped for its whole life. For uniform, storage and upload buffers that the
-/// host rewrites every frame.
-template<typename T, VkBufferUsageFlags usage,
+/// `count` records of T in memory the host keeps mapped for the buffer's whole life, so that the host writes records
+/// in place and shaders read them by device address. Made with std::make_shared, which puts it in its shared
+/// pointer's control block. The defaults are the game's instance records: device memory where the host can write it
+/// (resizable BAR), else host memory, written front to back.
+template<typename T, VmaMemoryUsage memoryUsage = VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE,
     VmaAllocationCreateFlags flags = VMA_ALLOCATION_CREATE_HOST_ACCESS_SEQUENTIAL_WRITE_BIT>
 class MappedBuffer : public Buffer {
 public:
-    MappedBuffer(Device* device, unsigned long count = 1)
-        : Buffer(device, VMA_MEMORY_USAGE_AUTO_PREFER_HOST, usage, count * sizeof(T), flags)
+    /// usage: VkBufferUsageFlags. count must be at least 1.
+    MappedBuffer(Device* device, VkBufferUsageFlags usage, unsigned long count)
+        : Buffer(device, memoryUsage, usage, count * sizeof(T), flags)
         , count(count)
         , data(static_cast<T*>(Map())) {}
-    ~MappedBuffer() { Unmap(); }
 
     T& operator[](unsigned long index) { return data[index]; }
-    T* operator->() { return data; }
+    T* begin() { return data; }
+    T* end() { return data + count; }
 
     unsigned long const count;
     T* const data;

@@ -3,6 +3,8 @@
 #include "engine/vk/Shader.h"
 #include "game/Game.h"
 #include "game/GameSettings.h"
+#include "game/graphics/LightSourceInstance.h"
+#include "game/graphics/RenderableInstance.h"
 #include "modules/GAME_Mod.h"
 
 #include <iostream>
@@ -198,6 +200,15 @@ void GameRenderer::Cleanup() {
         std::lock_guard lock(renderer->aim.mutex);
         renderer->aim.reference = AimReference{{}, 0};
         renderer->aim.object.reset();
+    }
+    // The tables hold weak pointers: the instances themselves die with their entities.
+    {
+        std::lock_guard lock(RenderableInstance::_sharedObjectsMutex);
+        RenderableInstance::_sharedObjects.clear();
+    }
+    {
+        std::lock_guard lock(LightSourceInstance::_sharedObjectsMutex);
+        LightSourceInstance::_sharedObjects.clear();
     }
     renderer->ClearTextures();
     {

@@ -44,8 +44,9 @@ struct EnvironmentInfo {
     Collision surface;
     double density = 0.0;
     double viscosity = 0.0;
-    /// Passed on to modules unread.
-    double temperature = 0.0;
+    /// Density of liquid at the point, where the medium is water or the like: the client's plasma trail does not
+    /// glow in it. Physics passes it on unread.
+    double liquidDensity = 0.0;
     /// Passed on to modules unread.
     std::unordered_map<std::string, double> composition;
 };
