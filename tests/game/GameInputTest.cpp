@@ -37,8 +37,6 @@ protected:
     quorl::graphics::WindowHeadless window;
 };
 
-// ---- Input modes and mouse look -----------------------------------------------------------------------------------
-
 TEST_F(GameInputTest, PlayAndStationLookWithTheMouseOnAFocusedWindowOnly) {
     struct Step {
         char const* name;
@@ -75,36 +73,27 @@ TEST_F(GameInputTest, PlayAndStationLookWithTheMouseOnAFocusedWindowOnly) {
     }
 }
 
-// ---- Device look-ups ----------------------------------------------------------------------------------------------
-
-TEST_F(GameInputTest, JoysticksAreConnectedNonGamepadsWithMoreThanOneAxis) {
-    Plug(0, false, 1);               // one axis: a pedal, never a joystick
+TEST_F(GameInputTest, JoysticksAreConnectedNonGamepadsWithMoreThanOneAxisAndGuidsMatchWholeIgnoringCase) {
+    Plug(0, false, 1);  // one axis: a pedal, never a joystick
     auto pad = Plug(1, true, 6);
-    auto stick = Plug(2, false, 3);
-    auto second = Plug(5, false, 2);
+    auto other = Plug(2, false, 3, "ffff0000");
+    auto first = Plug(3, false, 2, "0300ABCD");
+    auto second = Plug(4, false, 2);
+    auto prefix = Plug(5, false, 2, "0300ab");
 
-    EXPECT_EQ(Game::GetFirstJoystick(), stick);
+    EXPECT_EQ(Game::GetFirstJoystick(), other);
     EXPECT_EQ(Game::GetFirstGamepad(), pad);
-    EXPECT_EQ(Game::GetJoystick(0), stick);
-    EXPECT_EQ(Game::GetJoystick(1), second);
-    EXPECT_EQ(Game::GetJoystick(2), nullptr);
-
-    stick->connected = false;
-    EXPECT_EQ(Game::GetFirstJoystick(), second);
-}
-
-TEST_F(GameInputTest, GuidLookUpsIgnoreCaseAndCountOnlyMatches) {
-    auto other = Plug(0, false, 2, "ffff0000");
-    auto first = Plug(1, false, 2, "0300ABCD");
-    auto second = Plug(2, false, 2, "0300abcd");
-    auto pad = Plug(3, true, 6, "0300abcd");
-    Plug(4, false, 2, "0300ab"); // a prefix is no match
-
+    EXPECT_EQ(Game::GetJoystick(0), other);
+    EXPECT_EQ(Game::GetJoystick(3), prefix);
+    EXPECT_EQ(Game::GetJoystick(4), nullptr);
     EXPECT_EQ(Game::GetJoystick("0300abcd", 0), first);
     EXPECT_EQ(Game::GetJoystick("0300ABCD", 1), second);
-    EXPECT_EQ(Game::GetJoystick("0300abcd", 2), nullptr);
+    EXPECT_EQ(Game::GetJoystick("0300abcd", 2), nullptr) << "a prefix is no match";
     EXPECT_EQ(Game::GetJoystick("", 0), other) << "an empty GUID matches any";
     EXPECT_EQ(Game::GetGamepad("0300abcd", 0), pad);
     EXPECT_EQ(Game::GetGamepad("0300abcd", 1), nullptr);
     EXPECT_EQ(Game::GetGamepad("", 0), pad);
+
+    other->connected = false;
+    EXPECT_EQ(Game::GetFirstJoystick(), first);
 }

@@ -4,12 +4,11 @@
 
 #include "tests/support/WorldFolder.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <random>
 #include <regex>
@@ -17,34 +16,13 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
+using testing::HasSubstr;
+using testing::Not;
 using world_folder::Entities;
 using world_folder::Files;
 using world_folder::Snapshot;
 
-std::string WorldFolder(std::string const& world) {
-    return world_folder::Path(world);
-}
-
-
-/// Sets environment variables for the processes this test starts, and takes them back at the end.
-class ScopedEnvironment {
-public:
-    ScopedEnvironment(std::initializer_list<std::pair<char const*, std::string>> variables) {
-        for (auto const& [name, value] : variables) {
-            _names.push_back(name);
-            setenv(name, value.c_str(), 1);
-        }
-    }
-    ~ScopedEnvironment() {
-        for (auto const* name : _names)
-            unsetenv(name);
-    }
-
-private:
-    std::vector<char const*> _names;
-};
+namespace {
 
 /// A dedicated server on `world` with the TEST_entities module on both of its sides.
 ProcessResult Server(std::string const& world, std::vector<std::string> options,
@@ -77,10 +55,6 @@ std::string Flipped(std::string const& bytes, size_t at, int mask) {
     return bytes.substr(0, at) + static_cast<char>(bytes.at(at) ^ mask) + bytes.substr(at + 1);
 }
 
-bool Contains(std::string const& text, std::string const& part) {
-    return text.find(part) != std::string::npos;
-}
-
 }
 
 TEST(WorldFaultTest, BadFilesGoToQuarantineAndTheRestOfTheWorldLoadsUntouched) {
@@ -104,12 +78,11 @@ TEST(WorldFaultTest, BadFilesGoToQuarantineAndTheRestOfTheWorldLoadsUntouched) {
         {"truncated", [](std::string b) { return b.substr(0, 60); }, "past the end of stream"},
         {"empty", [](std::string) { return std::string(); }, "at offset 0 of 0"},
     };
-    auto victim = healthy.begin();
-    std::map<std::string, std::string> damaged;  // name, bytes
+    Files damaged;  // one victim per damage, in the same order
     for (auto const& damage : damages) {
-        damaged[victim->first] = damage.apply(victim->second);
-        WriteFile(Entities(world) + "/" + victim->first, damaged[victim->first]);
-        victim = healthy.erase(victim);
+        auto const victim = healthy.extract(healthy.begin());
+        damaged[victim.key()] = damage.apply(victim.mapped());
+        WriteFile(Entities(world) + "/" + victim.key(), damaged[victim.key()]);
     }
     std::string const stray = healthy.begin()->second;
     WriteFile(Entities(world) + "/notanid.entitystate", stray);
@@ -118,53 +91,52 @@ TEST(WorldFaultTest, BadFilesGoToQuarantineAndTheRestOfTheWorldLoadsUntouched) {
     EXPECT_EQ(result.exitCode, 0) << result.err;
 
     Files after = Snapshot(Entities(world));
-    Files quarantine = Snapshot(WorldFolder(world) + "/quarantine");
-    for (size_t i = 0; i < damages.size(); ++i) {
-        auto name = std::next(damaged.begin(), static_cast<long>(i))->first;
-        SCOPED_TRACE(name);
+    Files const quarantine = Snapshot(world_folder::Path(world) + "/quarantine");
+    auto victim = damaged.begin();
+    for (auto const& damage : damages) {
+        auto const& [name, bytes] = *victim++;
+        SCOPED_TRACE(damage.what);
         EXPECT_FALSE(after.contains(name));
         auto moved = std::find_if(quarantine.begin(), quarantine.end(),
                                   [&](auto const& file) { return file.first.ends_with("_" + name); });
         ASSERT_NE(moved, quarantine.end()) << "not in quarantine";
-        EXPECT_EQ(moved->second, damaged[name]) << "moved, but changed";
-        EXPECT_TRUE(Contains(result.err, "cannot load \"" + Entities(world) + "/" + name + "\": ")) << result.err;
+        EXPECT_EQ(moved->second, bytes) << "moved, but changed";
+        EXPECT_THAT(result.err, HasSubstr("cannot load \"" + Entities(world) + "/" + name + "\": "));
+        EXPECT_THAT(result.err, HasSubstr(damage.message));
     }
-    for (auto const& damage : damages)
-        EXPECT_TRUE(Contains(result.err, damage.message)) << damage.what << ": " << result.err;
     EXPECT_EQ(after.at("notanid.entitystate"), stray);
-    EXPECT_TRUE(Contains(result.err, "/notanid.entitystate\" is not named after an entity id; left as it is"));
+    EXPECT_THAT(result.err, HasSubstr("/notanid.entitystate\" is not named after an entity id; left as it is"));
     after.erase("notanid.entitystate");
     EXPECT_EQ(after, healthy) << "a healthy file was changed or lost";
-    fs::remove_all(WorldFolder(world));
+    fs::remove_all(world_folder::Path(world));
 }
 
 TEST(WorldFaultTest, FullDiskNeverCostsAFileAndTheSaveLandsOnceThereIsSpace) {
     std::string const world = "faults-disk";
     std::string const budget = fs::absolute("disk-free").string();
-    ScopedEnvironment full({{"LD_PRELOAD", MERIDON_DISK_FULL},
-                            {"MERIDON_TEST_DISK_FREE", budget},
-                            {"ASAN_OPTIONS", std::string(std::getenv("ASAN_OPTIONS") ? std::getenv("ASAN_OPTIONS") : "") +
-                                                 ":verify_asan_link_order=0"}});
-    unsetenv("MERIDON_TEST_DISK_FREE");  // the world is made with room
     Files before = MakeWorld(world, "saved_counter:12");
-    setenv("MERIDON_TEST_DISK_FREE", budget.c_str(), 1);
     ASSERT_EQ(before.size(), 12u);
+    // From here every server writes through the full disk, a preloaded library that sanitized builds must let in.
+    char const* sanitizer = std::getenv("ASAN_OPTIONS");
+    setenv("ASAN_OPTIONS", (std::string(sanitizer ? sanitizer : "") + ":verify_asan_link_order=0").c_str(), 1);
+    setenv("LD_PRELOAD", MERIDON_DISK_FULL, 1);
+    setenv("MERIDON_TEST_DISK_FREE", budget.c_str(), 1);
 
     // Full from the start: the world does not open, before any play.
     WriteFile(budget, "0");
     auto refused = Server(world, {"--ticks", "5"});
     EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_TRUE(Contains(refused.err, "cannot write in the world folder")) << refused.err;
-    EXPECT_TRUE(Contains(refused.err, "No space left on device")) << refused.err;
-    EXPECT_FALSE(Contains(refused.out, "Starting game")) << refused.out;
+    EXPECT_THAT(refused.err, HasSubstr("cannot write in the world folder"));
+    EXPECT_THAT(refused.err, HasSubstr("No space left on device"));
+    EXPECT_THAT(refused.out, Not(HasSubstr("Starting game")));
     EXPECT_EQ(Snapshot(Entities(world)), before);
 
     // Full after the first few bytes, for the whole run: every save fails, the exit status says so, no file changes.
     WriteFile(budget, "100");
     auto failed = Server(world, {"--autosave", "0.005", "--seconds", "1.5"});
     EXPECT_EQ(failed.exitCode, 1);
-    EXPECT_TRUE(Contains(failed.err, "the save failed")) << failed.err;
-    EXPECT_TRUE(Contains(failed.err, "No space left on device")) << failed.err;
+    EXPECT_THAT(failed.err, HasSubstr("the save failed"));
+    EXPECT_THAT(failed.err, HasSubstr("No space left on device"));
     EXPECT_EQ(Snapshot(Entities(world)), before) << "a file was changed, torn or lost";
 
     // Space freed once a save has hit the full disk: the next save lands, whole.
@@ -177,14 +149,15 @@ TEST(WorldFaultTest, FullDiskNeverCostsAFileAndTheSaveLandsOnceThereIsSpace) {
     auto retried = Server(world, {"--autosave", "0.005", "--seconds", "4"});
     freeSpace.join();
     EXPECT_EQ(retried.exitCode, 0) << retried.err;
-    EXPECT_TRUE(Contains(retried.err, "No space left on device")) << "the disk was never full: " << retried.err;
+    EXPECT_THAT(retried.err, HasSubstr("No space left on device")) << "the disk was never full";
     unsetenv("LD_PRELOAD");
+    unsetenv("MERIDON_TEST_DISK_FREE");
     Files after = Snapshot(Entities(world));
     ASSERT_EQ(after.size(), before.size());
     for (auto const& [name, bytes] : after)
         EXPECT_NE(bytes, before.at(name)) << name << " was not saved";
     EXPECT_GT(ReopenedGeneration(world, 12), 0);
-    fs::remove_all(WorldFolder(world));
+    fs::remove_all(world_folder::Path(world));
     fs::remove(budget);
 }
 
@@ -205,7 +178,7 @@ TEST(WorldFaultTest, KilledAtRandomMomentsTheWorldIsAlwaysTheLastCompletedSave) 
         generation = reopened;
     }
     EXPECT_GT(generation, 0) << "no autosave completed in " << kills << " runs";
-    fs::remove_all(WorldFolder(world));
+    fs::remove_all(world_folder::Path(world));
 }
 
 TEST(WorldFaultTest, SecondServerOnALockedWorldIsRefused) {
@@ -222,5 +195,5 @@ TEST(WorldFaultTest, SecondServerOnALockedWorldIsRefused) {
     EXPECT_TRUE(std::regex_search(second.err, std::regex("world 'faults-lock' is open in another process: .*"
                                                          "world.lock\" is locked by process [0-9]+")))
         << second.err;
-    fs::remove_all(WorldFolder(world));
+    fs::remove_all(world_folder::Path(world));
 }

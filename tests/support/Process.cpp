@@ -12,14 +12,6 @@
 #include <stdexcept>
 #include <thread>
 
-namespace {
-std::string ReadAndRemove(std::string const& path) {
-    auto text = ReadFile(path);
-    std::filesystem::remove(path);
-    return text;
-}
-}
-
 ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string const& directory,
                          std::optional<std::chrono::milliseconds> terminateAfter, int terminateSignal) {
     auto base = std::filesystem::temp_directory_path() / ("meridon-process-" + std::to_string(getpid()));
@@ -64,7 +56,9 @@ ProcessResult RunProcess(std::vector<std::string> const& arguments, std::string 
         result.exitCode = WEXITSTATUS(status);
     if (WIFSIGNALED(status))
         result.signal = WTERMSIG(status);
-    result.out = ReadAndRemove(outPath);
-    result.err = ReadAndRemove(errPath);
+    result.out = ReadFile(outPath);
+    result.err = ReadFile(errPath);
+    std::filesystem::remove(outPath);
+    std::filesystem::remove(errPath);
     return result;
 }

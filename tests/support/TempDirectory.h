@@ -2,8 +2,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <random>
-#include <sstream>
 #include <string>
 
 /// A fresh directory under the system's temporary directory, removed with its content when the test ends.
@@ -37,15 +37,12 @@ inline void WriteFile(std::string const& path, std::string const& content) {
 
 inline std::string ReadFile(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
-    std::stringstream content;
-    content << file.rdbuf();
-    return content.str();
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 inline size_t CountOccurrences(std::string const& text, std::string const& part) {
     size_t count = 0;
-    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
         ++count;
-    }
     return count;
 }

@@ -7,21 +7,6 @@
 
 using quorl::filesystem::AtomicFileBatch;
 
-TEST(AtomicFileBatchTest, JournalledBatchReplacesAndRemovesTogether) {
-    TempDirectory folder;
-    std::string const a = folder.File("a"), b = folder.File("b"), journal = folder.File("journal");
-    WriteFile(a, "old a");
-    WriteFile(b, "old b");
-    AtomicFileBatch batch(journal);
-    batch.Add(a, {'n', 'e', 'w'});
-    batch.Remove(b);
-    batch.Commit();
-    EXPECT_EQ(ReadFile(a), "new");
-    EXPECT_FALSE(std::filesystem::exists(b));
-    EXPECT_FALSE(std::filesystem::exists(journal)) << "the journal outlived its batch";
-    EXPECT_FALSE(std::filesystem::exists(a + AtomicFileBatch::kTemporarySuffix));
-}
-
 TEST(AtomicFileBatchTest, RecoverFinishesABatchThatStoppedAfterItsJournal) {
     TempDirectory folder;
     std::string const renamed = folder.File("renamed"), waiting = folder.File("waiting"), removed = folder.File("removed");

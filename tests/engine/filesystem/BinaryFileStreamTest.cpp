@@ -21,36 +21,30 @@ protected:
     std::string path = directory.File("world.sav");
 };
 
-/// Writes values of many sizes, so that some fit the buffer, some fill it exactly and some exceed it.
+/// Values of many sizes, so that some fit the buffer, some fill it exactly and some exceed it.
+std::vector<std::string> const kTexts{"", "v", "name of the world", std::string(5000, 'v')};
+
 void WriteSave(BinaryFileStream& out) {
-    out.Write(uint8_t{1});
     out.Write(uint32_t{0xdeadbeef});
-    out.Write(std::string("name of the world"));
+    for (auto const& text : kTexts)
+        out.Write(text);
     WriteOnlyStream chunk(0);
-    chunk.Write(std::string(5000, 'v'));
+    chunk.Write(-2.5);
     out.Write(chunk);
-    out.Write(std::string(""));
-    out.Write(-2.5);
 }
 
 void ExpectSave(BinaryFileStream& in) {
-    uint8_t version = 0;
     uint32_t magic = 0;
-    std::string name, empty = "x";
-    double number = 0;
-    in.Read(version);
     in.Read(magic);
-    in.Read(name);
-    auto chunk = in.ReadStream();
-    in.Read(empty);
-    in.Read(number);
-    std::string voxels;
-    chunk.Read(voxels);
-    EXPECT_EQ(version, 1);
     EXPECT_EQ(magic, 0xdeadbeef);
-    EXPECT_EQ(name, "name of the world");
-    EXPECT_EQ(voxels, std::string(5000, 'v'));
-    EXPECT_EQ(empty, "");
+    for (auto const& expected : kTexts) {
+        std::string text = "x";
+        in.Read(text);
+        EXPECT_EQ(text, expected);
+    }
+    auto chunk = in.ReadStream();
+    double number = 0;
+    chunk.Read(number);
     EXPECT_EQ(number, -2.5);
     EXPECT_EQ(in.Remaining(), 0u);
 }

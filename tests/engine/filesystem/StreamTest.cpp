@@ -40,11 +40,8 @@ T RoundTrip(T const& value) {
 }
 
 TEST(Stream, NumbersPlainValuesAndStringsRoundTrip) {
-    EXPECT_EQ(RoundTrip(int8_t{-5}), -5);
-    EXPECT_EQ(RoundTrip(uint16_t{65535}), 65535);
-    EXPECT_EQ(RoundTrip(std::numeric_limits<int32_t>::min()), std::numeric_limits<int32_t>::min());
+    // Plain values all take the same path, their bytes as they are; the byte layout test pins their order.
     EXPECT_EQ(RoundTrip(uint64_t{0x0123456789abcdefULL}), 0x0123456789abcdefULL);
-    EXPECT_EQ(RoundTrip(-1.5f), -1.5f);
     EXPECT_EQ(RoundTrip(std::numeric_limits<double>::denorm_min()), std::numeric_limits<double>::denorm_min());
     EXPECT_TRUE(RoundTrip(true));
     EXPECT_EQ(RoundTrip(Biome::Lava), Biome::Lava);
@@ -62,46 +59,34 @@ TEST(Stream, NumbersPlainValuesAndStringsRoundTrip) {
     EXPECT_EQ(literal, "literal");
 }
 
-TEST(Stream, NestedStreamsRoundTripIncludingEmptyAndDeep) {
+TEST(Stream, ByteLayoutIsLittleEndianWithUint64LengthsAndNestedStreamsReadBackWhole) {
     WriteOnlyStream inner(0);
-    inner.Write(std::string("chunk"));
-    inner.Write(uint32_t{42});
+    inner.Write(uint8_t{7});
     WriteOnlyStream middle(0);
     middle.Write(inner);
     middle.Write(WriteOnlyStream(0));
     WriteOnlyStream out(0);
-    out.Write(uint8_t{1});
-    out.Write(middle);
-    out.Write(uint8_t{2});
-
-    ReadOnlyStream in(out.Bytes());
-    uint8_t before = 0, after = 0;
-    in.Read(before);
-    auto readMiddle = in.ReadStream();
-    in.Read(after);
-    EXPECT_EQ(before, 1);
-    EXPECT_EQ(after, 2);
-
-    auto readInner = readMiddle.ReadStream();
-    auto readEmpty = readMiddle.ReadStream();
-    EXPECT_EQ(readEmpty.Size(), 0u);
-    EXPECT_EQ(readMiddle.Remaining(), 0u);
-    std::string text;
-    uint32_t number = 0;
-    readInner.Read(text);
-    readInner.Read(number);
-    EXPECT_EQ(text, "chunk");
-    EXPECT_EQ(number, 42u);
-}
-
-TEST(Stream, ByteLayoutIsLittleEndianWithUint64Lengths) {
-    WriteOnlyStream out(0);
     out.Write(uint32_t{0x01020304});
     out.Write(std::string("ab"));
-    WriteOnlyStream nested(0);
-    nested.Write(uint8_t{7});
-    out.Write(nested);
-    EXPECT_EQ(out.Bytes(), (Bytes{4, 3, 2, 1, 2, 0, 0, 0, 0, 0, 0, 0, 'a', 'b', 1, 0, 0, 0, 0, 0, 0, 0, 7}));
+    out.Write(middle);
+    out.Write(uint8_t{2});
+    EXPECT_EQ(out.Bytes(), (Bytes{4, 3, 2, 1, 2, 0, 0, 0, 0, 0, 0, 0, 'a', 'b', 17, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0,
+                               0, 0, 0, 7, 0, 0, 0, 0, 0, 0, 0, 0, 2}));
+
+    ReadOnlyStream in(out.Bytes());
+    uint32_t number = 0;
+    std::string text;
+    uint8_t seven = 0, after = 0;
+    in.Read(number);
+    in.Read(text);
+    auto readMiddle = in.ReadStream();
+    in.Read(after);
+    EXPECT_EQ(after, 2) << "the nested block was not read whole";
+    auto readInner = readMiddle.ReadStream();
+    EXPECT_EQ(readMiddle.ReadStream().Size(), 0u);
+    EXPECT_EQ(readMiddle.Remaining(), 0u);
+    readInner.Read(seven);
+    EXPECT_EQ(seven, 7);
 }
 
 TEST(Stream, ReadingPastTheEndThrowsAndKeepsThePosition) {

@@ -4,14 +4,11 @@
 
 using quorl::modular::ModuleID;
 
-TEST(ModuleIDTest, EncodesFirstCharacterAsLeastSignificantDigit) {
+TEST(ModuleIDTest, EncodesFirstCharacterAsLeastSignificantDigitAndRoundTripsWithTheCaseOfEachPartFolded) {
     ModuleID id("ABC_def");
     // A=11, B=12, C=13 in the upper alphabet; d=14, e=15, f=16 in the lower one; base 37.
     EXPECT_EQ(id.vendor, 11u + 12u * 37u + 13u * 37u * 37u);
     EXPECT_EQ(id.module, 14u + 15u * 37u + 16u * 37u * 37u);
-}
-
-TEST(ModuleIDTest, RoundTripsThroughStringWithTheCaseOfEachPartFolded) {
     for (char const* name : {"ABC_def", "MERIDON_example", "Z_a", "ABCDEFGHIJKL_abcdefghijkl",
              "ZZZZZZZZZZZZ_zzzzzzzzzzzz", "V2_mod9", "A B_c d"})
         EXPECT_EQ(ModuleID(name).String(), name) << name;

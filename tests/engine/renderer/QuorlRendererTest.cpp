@@ -120,7 +120,7 @@ TEST_F(QuorlRendererTest, RendersHeadlessToOffscreenImagesThatFollowTheWindowSiz
     renderer->StopRendering();
 }
 
-TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameAndKeepsWhatTheyDraw) {
+TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameKeepsWhatTheyDrawAndStartsEachFrameOpaqueBlack) {
     std::vector<std::string> const frame{"FrameCollectGarbage", "FrameUpdateDescriptorSets", "FrameBeforePost",
         "FrameInit", "FrameUpdateUi", "FrameBeforeUpdate", "FrameUpdate", "FrameBeforeRender", "FrameAfterRender",
         "FrameAfterUpdate", "FramePushCommands", "FrameBuildCommands", "FrameRenderCommands", "FrameResolveCommands",
@@ -139,36 +139,25 @@ TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameAndKeepsWhatTheyDraw) {
     EXPECT_EQ(renderer->frameNumber, 3u);
     EXPECT_NE(images[0], images[1]) << "consecutive frames draw into different images";
     EXPECT_EQ(images[0], images[2]);
+    std::vector<uint8_t> pixels = ReadBack(*renderer);
+    auto const at = [&](size_t pixel) { return std::vector<uint8_t>(&pixels[pixel * 4], &pixels[pixel * 4] + 4); };
+    for (size_t pixel : {size_t{0}, size_t{kWidth * kHeight / 2 + kWidth / 2}, size_t{kWidth * kHeight - 1}})
+        EXPECT_EQ(at(pixel), (std::vector<uint8_t>{0, 51, 255, 255})) << "pixel " << pixel;
 
-    std::vector<uint8_t> const pixels = ReadBack(*renderer);
-    for (size_t pixel : {size_t{0}, size_t{kWidth * kHeight / 2 + kWidth / 2}, size_t{kWidth * kHeight - 1}}) {
-        SCOPED_TRACE(pixel);
-        EXPECT_EQ(pixels[pixel * 4 + 0], 0);
-        EXPECT_EQ(pixels[pixel * 4 + 1], 51);
-        EXPECT_EQ(pixels[pixel * 4 + 2], 255);
-        EXPECT_EQ(pixels[pixel * 4 + 3], 255);
-    }
+    // Both images hold the paint now: frames that paint nothing must not show it.
+    renderer->paint.float32[0] = -1.0f;
+    renderer->RenderFrame();
+    renderer->RenderFrame();
+    pixels = ReadBack(*renderer);
+    for (size_t pixel = 0; pixel < kWidth * kHeight; ++pixel)
+        ASSERT_EQ(at(pixel), (std::vector<uint8_t>{0, 0, 0, 255})) << "pixel " << pixel;
     renderer->StopRendering();
 
     // Rendering starts again after a stop.
     renderer->StartRendering();
     renderer->RenderFrame();
     renderer->StopRendering();
-    EXPECT_EQ(renderer->frameNumber, 4u);
-}
-
-TEST_F(QuorlRendererTest, FramesStartOpaqueBlack) {
-    renderer->StartRendering();
-    renderer->RenderFrame();
-    renderer->RenderFrame();
-    renderer->paint.float32[0] = -1.0f;
-    renderer->RenderFrame();
-    renderer->RenderFrame();
-    std::vector<uint8_t> const pixels = ReadBack(*renderer);
-    std::vector<uint8_t> const black{0, 0, 0, 255};
-    for (size_t i = 0; i < pixels.size(); i += 4)
-        ASSERT_EQ(std::vector<uint8_t>(pixels.begin() + i, pixels.begin() + i + 4), black) << "pixel " << i / 4;
-    renderer->StopRendering();
+    EXPECT_EQ(renderer->frameNumber, 6u);
 }
 
 TEST_F(QuorlRendererTest, DrawsImGuiWindowsOverTheFrame) {

@@ -57,14 +57,11 @@ Features Tracing() {
     return features;
 }
 
-TEST(PhysicalDeviceFeaturesTest, StartsEmptyWithEveryBlockChainedInMemberOrder) {
-    Features features;
-    EXPECT_EQ(ChainTypes(features, features.Chain()), fullChain);
-    EXPECT_TRUE(features.EnabledNames().empty());
-    EXPECT_TRUE(features.RequiredExtensions().empty());
-}
+TEST(PhysicalDeviceFeaturesTest, StartEmptyAndCopiesKeepTheFieldsAndChainEveryBlockThroughThemselvesInMemberOrder) {
+    Features empty;
+    EXPECT_EQ(ChainTypes(empty, empty.Chain()), fullChain);
+    EXPECT_TRUE(empty.EnabledNames().empty());
 
-TEST(PhysicalDeviceFeaturesTest, CopiesKeepTheFieldsAndChainThroughThemselves) {
     Features original = Tracing();
     original.ChainFor({}, true);
 
@@ -119,10 +116,8 @@ TEST(PhysicalDeviceFeaturesTest, RequiresTheExtensionsOfTheBlocksInUse) {
     for (Case const& c : cases) {
         Features features;
         c.enable(features);
-        std::vector<std::string> extensions;
-        for (char const* extension : features.RequiredExtensions()) {
-            extensions.emplace_back(extension);
-        }
+        auto const required = features.RequiredExtensions();
+        std::vector<std::string> const extensions(required.begin(), required.end());
         EXPECT_THAT(extensions, UnorderedElementsAreArray(c.extensions)) << c.what;
     }
 }

@@ -115,13 +115,9 @@ TEST_F(PipelineTest, CrosshairDrawsAWhiteCrossAtTheCentreOfTheViewportItWasLastG
         if (extent != Size) {
             VkViewport viewport{0.0f, 0.0f, float(extent), float(extent), 0.0f, 1.0f};
             VkRect2D scissor{{0, 0}, {extent, extent}};
-            VkPipelineViewportStateCreateInfo viewportState{};
-            viewportState.sType = VK_STRUCTURE_TYPE_PIPELINE_VIEWPORT_STATE_CREATE_INFO;
-            viewportState.viewportCount = 1;
-            viewportState.pViewports = &viewport;
-            viewportState.scissorCount = 1;
-            viewportState.pScissors = &scissor;
-            pipeline->RefreshViewport(&renderpass, viewportState);
+            pipeline->RefreshViewport(&renderpass, {.sType = VK_STRUCTURE_TYPE_PIPELINE_VIEWPORT_STATE_CREATE_INFO,
+                .pNext = nullptr, .flags = 0, .viewportCount = 1, .pViewports = &viewport, .scissorCount = 1,
+                .pScissors = &scissor});
         }
         Render([&](VkCommandBuffer commandBuffer) { pipeline->Draw(commandBuffer, 1, 1); });
         ExpectCrossAt(extent / 2, extent / 2);
@@ -137,20 +133,19 @@ TEST_F(PipelineTest, ColliderShaderDrawsIndexedTrianglesFromBufferAddresses) {
     // The left half of the screen as two triangles. Vertex 0 lies far off: reading a wrong index shows.
     float const positions[] = {9, 9, 0, -1, -1, 0, 0, -1, 0, -1, 1, 0, 0, 1, 0};
     uint16_t const indices[] = {1, 2, 3, 3, 2, 4};
-    VkBufferUsageFlags const usage = VK_BUFFER_USAGE_STORAGE_BUFFER_BIT | VK_BUFFER_USAGE_SHADER_DEVICE_ADDRESS_BIT;
-    Buffer positionBuffer(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST, usage, sizeof(positions),
-        VMA_ALLOCATION_CREATE_HOST_ACCESS_SEQUENTIAL_WRITE_BIT);
-    Buffer indexBuffer(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST, usage, sizeof(indices),
-        VMA_ALLOCATION_CREATE_HOST_ACCESS_SEQUENTIAL_WRITE_BIT);
-    std::memcpy(positionBuffer.Map(), positions, sizeof(positions));
-    positionBuffer.Flush();
-    positionBuffer.Unmap();
-    std::memcpy(indexBuffer.Map(), indices, sizeof(indices));
-    indexBuffer.Flush();
-    indexBuffer.Unmap();
-    ASSERT_NE(positionBuffer.address, 0u);
+    auto const upload = [&](void const* data, unsigned long size) {
+        auto buffer = std::make_unique<Buffer>(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST,
+            VK_BUFFER_USAGE_STORAGE_BUFFER_BIT, size, VMA_ALLOCATION_CREATE_HOST_ACCESS_SEQUENTIAL_WRITE_BIT);
+        std::memcpy(buffer->Map(), data, size);
+        buffer->Flush();
+        buffer->Unmap();
+        return buffer;
+    };
+    auto const positionBuffer = upload(positions, sizeof(positions));
+    auto const indexBuffer = upload(indices, sizeof(indices));
+    ASSERT_NE(positionBuffer->address, 0u);
 
-    ColliderPush push{{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, {1, 0, 0, 1}, positionBuffer, indexBuffer};
+    ColliderPush push{{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, {1, 0, 0, 1}, *positionBuffer, *indexBuffer};
     Render([&](VkCommandBuffer commandBuffer) {
         vkCmdPushConstants(commandBuffer, layout->layout, range.stageFlags, 0, sizeof(push), &push);
         pipeline->Draw(commandBuffer, 6, 1);

@@ -53,17 +53,14 @@ TEST(Molecule, ReadsFormulasPairByPairInTheirOrder) {
 }
 
 TEST(Molecule, FindsKnownMoleculesAndEveryElementBySymbol) {
-    ASSERT_TRUE(Molecule::molecules.contains("Fe"));
-    EXPECT_EQ(Molecule("Fe").elements, (Pairs{{26, 1}}));
+    EXPECT_TRUE(Molecule::molecules.contains("Fe"));
     EXPECT_EQ(Molecule::molecules.at("NaCl").elements, (Pairs{{11, 1}, {17, 1}}));
-    // Through the symbols, and not remembered as a molecule.
-    EXPECT_EQ(Molecule("Cu").elements, (Pairs{{29, 1}}));
-    EXPECT_FALSE(Molecule::molecules.contains("Cu"));
     for (Element const& element : Element::elements) {
         if (element.number == 0)
             continue;
         EXPECT_EQ(Molecule(element.symbol).elements, (Pairs{{element.number, 1}})) << element.symbol;
     }
+    EXPECT_FALSE(Molecule::molecules.contains("Cu")) << "read through the symbols, not remembered as a molecule";
 }
 
 TEST(Molecule, WhatCannotBeReadIsEmptyAndRemembered) {
@@ -78,7 +75,6 @@ TEST(Molecule, WhatCannotBeReadIsEmptyAndRemembered) {
 }
 
 TEST(Molecule, MassesMatchPublishedMolarMasses) {
-    EXPECT_DOUBLE_EQ(Molecule("CO2").Mass(), 1.6605402e-27 * (12.011 + 2 * 15.999));
     // Grams per mole, as published.
     for (auto const& [formula, molar] : std::vector<std::pair<char const*, double>>{
              {"H2O", 18.015}, {"CO2", 44.009}, {"CH4", 16.043}, {"NaCl", 58.443}, {"NH3", 17.031},

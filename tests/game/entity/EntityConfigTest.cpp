@@ -1,5 +1,7 @@
 #include "game/entity/EntityConfig.h"
 
+#include "tests/support/Capture.h"
+#include "tests/support/EntityTransformNear.h"
 #include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
@@ -13,28 +15,6 @@
 using game::entity::EntityConfig;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-namespace {
-
-void ExpectNear(glm::dvec3 const& actual, glm::dvec3 const& expected) {
-    EXPECT_NEAR(actual.x, expected.x, 1e-5);
-    EXPECT_NEAR(actual.y, expected.y, 1e-5);
-    EXPECT_NEAR(actual.z, expected.z, 1e-5);
-}
-
-void ExpectNear(glm::dmat4 const& actual, glm::dmat4 const& expected) {
-    for (int column = 0; column < 4; ++column) {
-        for (int row = 0; row < 4; ++row) {
-            EXPECT_NEAR(actual[column][row], expected[column][row], 1e-5) << "column " << column << " row " << row;
-        }
-    }
-}
-
-glm::dvec3 Translation(glm::dmat4 const& transform) {
-    return glm::dvec3(transform[3]);
-}
-
-}
 
 class EntityConfigTest : public testing::Test {
 protected:
@@ -50,14 +30,18 @@ protected:
     std::unique_ptr<EntityConfig> config;
 };
 
-TEST_F(EntityConfigTest, ColliderGeometryTurnsFromZUpToYUp) {
-    auto& collider = Load("[COLLIDER c]\n"
-                          "box_min 0 0 0\n"
-                          "box_max 1 2 3\n"
-                          "vertices 1 2 3  4 5 6\n"
-                          "faces_normal 0 0 2  0 1 0\n"
-                          "triangles 0 1 2  3 4 65535\n")
-                         .colliders.at("c");
+TEST_F(EntityConfigTest, ColliderMeshesTurnFromZUpToYUpStopAtTheirArraysAndMayBeEmpty) {
+    std::string vertices = "vertices", normals = "faces_normal", triangles = "triangles";
+    for (int i = 1; i <= 20; ++i) {
+        vertices += " 1 2 3";
+        normals += " 0 0 1";
+        triangles += " " + std::to_string(i) + " " + std::to_string(i) + " " + std::to_string(i);
+    }
+    auto& config = Load("[COLLIDER c]\nbox_min 0 0 0\nbox_max 1 2 3\nvertices 1 2 3  4 5 6\n"
+                        "faces_normal 0 0 2  0 1 0\ntriangles 0 1 2  3 4 65535\n"
+                        "[COLLIDER full]\n" + vertices + "\n" + normals + "\n" + triangles + "\n" +
+                        "[COLLIDER empty]\nvertices 1 2 3\nvertices\ntriangles =\n");
+    auto const& collider = config.colliders.at("c");
     ExpectNear(collider.box_min, {0, 0, -2});
     ExpectNear(collider.box_max, {1, 3, 0});
     ASSERT_EQ(collider.vertices_count, 2);
@@ -68,18 +52,7 @@ TEST_F(EntityConfigTest, ColliderGeometryTurnsFromZUpToYUp) {
     ExpectNear(collider.faces_normal[1], {0, 0, -1});
     ASSERT_EQ(collider.triangles_count, 2);
     EXPECT_EQ(collider.triangles[1], (std::array<uint16_t, 3>{3, 4, 65535}));
-}
 
-TEST_F(EntityConfigTest, MeshListsStopAtTheirArraysAndMayBeEmpty) {
-    std::string vertices = "vertices";
-    std::string normals = "faces_normal";
-    for (int i = 0; i < 20; ++i) {
-        vertices += " 1 2 3";
-        normals += " 0 0 1";
-    }
-    auto& config = Load("[COLLIDER full]\n" + vertices + "\n" + normals +
-                        "\ntriangles 1 1 1 2 2 2 3 3 3 4 4 4 5 5 5 6 6 6 7 7 7 8 8 8 9 9 9 10 10 10 11 11 11 12 12 12 13 13 13\n"
-                        "[COLLIDER empty]\nvertices 1 2 3\nvertices\ntriangles =\n");
     auto const& full = config.colliders.at("full");
     EXPECT_EQ(full.vertices_count, 8);
     EXPECT_EQ(full.normals_count, 12);
@@ -106,7 +79,7 @@ TEST_F(EntityConfigTest, ValuesKeepTheirEarlierStateWhenALineDoesNotParse) {
     EXPECT_TRUE(config.colliders.at("kept").is_build_block);
 }
 
-TEST_F(EntityConfigTest, SectionsWithoutNameAreSkippedWithTheirLines) {
+TEST_F(EntityConfigTest, SectionsWithoutNameAreSkippedWithTheirLinesAndBasePlanesDefaultWhenMissingOrEmpty) {
     auto& config = Load("[ENTITY]\nmass 9\n[JOINT]\nposition 1 1 1\n[TARGET t]\nposition 1 2 3\n"
                         "[MARKER m]\nparent t\n[ENTITY e]\nmass 2\n[ENTITY f]\nbase_planes +X -Z\n");
     EXPECT_EQ(config.mass, 2.0) << "a second ENTITY overwrites value by value";
@@ -115,12 +88,11 @@ TEST_F(EntityConfigTest, SectionsWithoutNameAreSkippedWithTheirLines) {
     ASSERT_EQ(config.nodes.size(), 2u) << "unknown keywords still make nodes; ENTITY never does";
     EXPECT_EQ(config.nodes.at("m").type, "MARKER");
     EXPECT_EQ(config.nodes.at("m").parent, "t");
-    ExpectNear(Translation(config.nodes.at("t").transform), {1, 3, -2});
-}
+    ExpectNear(glm::dvec3(config.nodes.at("t").transform[3]), {1, 3, -2});
 
-TEST_F(EntityConfigTest, BasePlanesDefaultWhenMissingOrEmpty) {
-    EXPECT_THAT(Load("[TARGET t]\n").base_planes, ElementsAre("-Z", "-Y"));
-    EXPECT_EQ(config->mass, 0.0);
+    auto const& defaults = Load("[TARGET t]\n");
+    EXPECT_THAT(defaults.base_planes, ElementsAre("-Z", "-Y"));
+    EXPECT_EQ(defaults.mass, 0.0);
     EXPECT_THAT(Load("[ENTITY e]\nbase_planes +X\nbase_planes\n").base_planes, ElementsAre("-Z", "-Y"));
 }
 
@@ -152,9 +124,7 @@ TEST_F(EntityConfigTest, RereadReplacesJointsButKeepsVanishedColliders) {
 
 TEST_F(EntityConfigTest, AnUnreadableFileIsReportedWithItsPath) {
     EntityConfig missing(directory.File("missing.entity"));
-    testing::internal::CaptureStderr();
-    missing.ReadConfig();
-    std::string output = testing::internal::GetCapturedStderr();
+    std::string const output = StderrOf([&] { missing.ReadConfig(); });
     EXPECT_THAT(output, HasSubstr(directory.File("missing.entity")));
     EXPECT_THAT(output, HasSubstr("No such file or directory"));
     EXPECT_TRUE(missing.nodes.empty());
@@ -185,8 +155,8 @@ TEST_F(EntityConfigTest, TransformWalksStopAtTheFirstJointAbove) {
 
     ExpectNear(config.GetAbsoluteTransform("tip"), transform("base") * transform("hinge") * transform("leaf") *
                                                         transform("tip"));
-    ExpectNear(Translation(config.GetAbsoluteTransform("tip")), {1, 4, -2});
-    ExpectNear(Translation(config.GetAbsoluteTransform("loose")), {0, 1, 0});
+    ExpectNear(glm::dvec3(config.GetAbsoluteTransform("tip")[3]), {1, 4, -2});
+    ExpectNear(glm::dvec3(config.GetAbsoluteTransform("loose")[3]), {0, 1, 0});
 
     std::string joint = "stale";
     ExpectNear(config.GetTransformRelativeToFirstParentJointOrRoot("tip", joint), transform("leaf") * transform("tip"));
@@ -205,9 +175,7 @@ TEST_F(EntityConfigTest, TransformWalksStopAtTheFirstJointAbove) {
 TEST_F(EntityConfigTest, ContentTypesLoadCleanly) {
     auto load = [](std::string const& name) {
         auto config = std::make_unique<EntityConfig>(MERIDON_CONTENT_DIR "/entities/" + name);
-        testing::internal::CaptureStderr();
-        config->ReadConfig();
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << name;
+        EXPECT_EQ(StderrOf([&] { config->ReadConfig(); }), "") << name;
         for (auto const& [node, _] : config->nodes) {
             EXPECT_NO_THROW(config->GetAbsoluteTransform(node)) << name << " " << node;
         }

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <climits>
 #include <fstream>
 #include <functional>
@@ -22,35 +23,28 @@ constexpr uint32_t kWhite = 0xFFFFFFFF;
 constexpr uint32_t kRed = 0xFFFF0000;
 constexpr uint32_t kGhost = 0x80FFFFFF;
 
-using Picture = std::vector<std::string>;
-
-/// The screen as rows of characters: '.' for 0, '#' for white, 'r' for red, '?' for anything else.
-Picture PictureOf(QuorlScreen const& screen) {
-    Picture rows(screen.height, std::string(screen.width, '.'));
-    for (uint32_t y = 0; y < screen.height; ++y)
+/// The screen as its rows, separated by spaces: '.' for 0, '#' for white, 'r' for red, '?' for anything else.
+std::string PictureOf(QuorlScreen const& screen) {
+    std::string picture;
+    for (uint32_t y = 0; y < screen.height; ++y) {
+        if (y > 0)
+            picture += ' ';
         for (uint32_t x = 0; x < screen.width; ++x) {
             uint32_t const pixel = screen.GetPixel(static_cast<int>(x), static_cast<int>(y));
-            rows[y][x] = pixel == 0 ? '.' : pixel == kWhite ? '#' : pixel == kRed ? 'r' : '?';
+            picture += pixel == 0 ? '.' : pixel == kWhite ? '#' : pixel == kRed ? 'r' : '?';
         }
-    return rows;
+    }
+    return picture;
 }
 
-/// `draw` on a fresh screen of the picture's size gives the picture, and sets `dirty` only where it goes through
-/// Blank, Draw or WriteLine.
-struct ShapeCase {
-    char const* name;
-    std::function<void(QuorlScreen&)> draw;
-    Picture expected;
-    bool dirty = false;
-};
-
-void ExpectPictures(std::vector<ShapeCase> const& cases) {
-    for (auto const& [name, draw, expected, dirty] : cases) {
-        QuorlScreen screen(static_cast<uint32_t>(expected[0].size()), static_cast<uint32_t>(expected.size()));
-        draw(screen);
-        EXPECT_EQ(PictureOf(screen), expected) << name;
-        EXPECT_EQ(screen.dirty, dirty) << name;
-    }
+/// The rows with ink between two columns, both included.
+std::set<int> InkRows(QuorlScreen const& screen, int firstColumn, int lastColumn) {
+    std::set<int> rows;
+    for (int y = 0; y < static_cast<int>(screen.height); ++y)
+        for (int x = firstColumn; x <= lastColumn; ++x)
+            if (screen.GetPixel(x, y) != 0)
+                rows.insert(y);
+    return rows;
 }
 
 }
@@ -93,56 +87,76 @@ TEST(QuorlScreenTest, PointsBlendByTheAlphaOfTheirColourAndStayInside) {
     EXPECT_THAT(screen.pixels, Each(0u));
 }
 
-TEST(QuorlScreenTest, LinesLeaveOutTheirEndPointAndRefuseAbsurdLengths) {
-    auto line = [](int x1, int y1, int x2, int y2) {
-        return [=](QuorlScreen& screen) { screen.DrawLine(x1, y1, x2, y2, kWhite); };
+TEST(QuorlScreenTest, ShapesKeepTheirShortenedEdgesAndClipToTheScreen) {
+    // Each drawing on a fresh screen of its picture's size. Lines leave out their end point and refuse lengths past
+    // 8 * (width + height), and rectangles keep the shortened edges; triangles fill by the top-left rule in either
+    // winding; circles ring the outline around the fill; blocks clamp what lies left of or above the screen onto its
+    // first column or row. Only what goes through Blank, Draw or WriteLine sets dirty.
+    auto triangle = [](std::array<int, 6> c, uint32_t outline, uint32_t fill) {
+        return [=](QuorlScreen& s) { s.DrawTriangle(c[0], c[1], c[2], c[3], c[4], c[5], outline, fill); };
     };
-    ExpectPictures({
-        {"right", line(0, 0, 3, 0), {"###..", ".....", "....."}},
-        {"left", line(3, 0, 0, 0), {".###.", ".....", "....."}},
-        {"up", line(0, 2, 0, 0), {".....", "#....", "#...."}},
-        {"steep", line(0, 0, 4, 2), {"#....", ".##..", "...#."}},
-        {"no length", line(2, 1, 2, 1), {".....", ".....", "....."}},
-        {"across the screen", line(-3, 1, 9, 1), {".....", "#####", "....."}},
-        {"eight times width + height", line(0, 0, 64, 0), {"#####", ".....", "....."}},
-        {"longer than that", line(0, 0, 65, 0), {".....", ".....", "....."}},
-        {"wild", line(INT_MIN, INT_MIN, INT_MAX, INT_MAX), {".....", ".....", "....."}},
-    });
-}
+    struct Case {
+        char const* name;
+        std::function<void(QuorlScreen&)> draw;
+        std::string picture;
+        bool dirty = false;
+    } const cases[] = {
+        {"line right", [](auto& s) { s.DrawLine(0, 0, 3, 0, kWhite); }, "###.. ..... ....."},
+        {"line left", [](auto& s) { s.DrawLine(3, 0, 0, 0, kWhite); }, ".###. ..... ....."},
+        {"line up", [](auto& s) { s.DrawLine(0, 2, 0, 0, kWhite); }, "..... #.... #...."},
+        {"line steep", [](auto& s) { s.DrawLine(0, 0, 4, 2, kWhite); }, "#.... .##.. ...#."},
+        {"line of no length", [](auto& s) { s.DrawLine(2, 1, 2, 1, kWhite); }, "..... ..... ....."},
+        {"line across the screen", [](auto& s) { s.DrawLine(-3, 1, 9, 1, kWhite); }, "..... ##### ....."},
+        {"line of 8 * (width + height)", [](auto& s) { s.DrawLine(0, 0, 64, 0, kWhite); }, "##### ..... ....."},
+        {"line longer than that", [](auto& s) { s.DrawLine(0, 0, 65, 0, kWhite); }, "..... ..... ....."},
+        {"wild line", [](auto& s) { s.DrawLine(INT_MIN, INT_MIN, INT_MAX, INT_MAX, kWhite); }, "..... ..... ....."},
 
-TEST(QuorlScreenTest, RectanglesKeepTheirShortenedEdges) {
-    auto rect = [](int x1, int y1, int x2, int y2, uint32_t outline, uint32_t fill) {
-        return [=](QuorlScreen& screen) { screen.DrawRect(x1, y1, x2, y2, outline, fill); };
-    };
-    Picture const hollow = {"###.#.", "#...#.", "#...#.", ".##...", "......"};
-    ExpectPictures({
-        {"hollow", rect(0, 0, 5, 4, kWhite, 0), hollow},
-        {"hollow, corners swapped", rect(5, 4, 0, 0, kWhite, 0), hollow},
-        {"filled", rect(0, 0, 5, 4, kWhite, kRed), {"###.#.", "#rrr#.", "#rrr#.", ".##...", "......"}, true},
-        {"outline as fill", rect(0, 0, 5, 4, kWhite, kWhite), {"#####.", "#####.", "#####.", "#####.", "......"},
-         true},
-        {"no outline", rect(0, 0, 5, 4, 0, kRed), {"......", "......", "......", "......", "......"}},
-    });
-}
+        {"hollow rectangle", [](auto& s) { s.DrawRect(0, 0, 5, 4, kWhite, 0); }, "###.#. #...#. #...#. .##... ......"},
+        {"corners swapped", [](auto& s) { s.DrawRect(5, 4, 0, 0, kWhite, 0); }, "###.#. #...#. #...#. .##... ......"},
+        {"filled rectangle", [](auto& s) { s.DrawRect(0, 0, 5, 4, kWhite, kRed); },
+         "###.#. #rrr#. #rrr#. .##... ......", true},
+        {"outline as fill", [](auto& s) { s.DrawRect(0, 0, 5, 4, kWhite, kWhite); },
+         "#####. #####. #####. #####. ......", true},
+        {"rectangle without outline", [](auto& s) { s.DrawRect(0, 0, 5, 4, 0, kRed); },
+         "...... ...... ...... ...... ......"},
 
-TEST(QuorlScreenTest, TrianglesFillByTheTopLeftRuleInEitherWinding) {
-    auto triangle = [](int x1, int y1, int x2, int y2, int x3, int y3, uint32_t outline, uint32_t fill) {
-        return [=](QuorlScreen& screen) { screen.DrawTriangle(x1, y1, x2, y2, x3, y3, outline, fill); };
+        {"filled triangle", triangle({0, 0, 4, 0, 0, 4}, kWhite, kWhite), "####. ###.. ##... #.... ....."},
+        {"other winding", triangle({0, 0, 0, 4, 4, 0}, kWhite, kWhite), "####. ###.. ##... #.... ....."},
+        {"triangle edges", triangle({0, 0, 4, 0, 0, 4}, kWhite, 0), "##### #..#. #.#.. ##... #...."},
+        {"edges over fill", triangle({0, 0, 4, 0, 0, 4}, kWhite, kRed), "##### #rr#. #r#.. ##... #...."},
+        {"triangle without outline", triangle({0, 0, 4, 0, 0, 4}, 0, kRed), "..... ..... ..... ..... ....."},
+        {"degenerate triangle", triangle({0, 0, 2, 2, 4, 4}, kWhite, kWhite), "#.... .#... ..#.. ...#. ....#"},
+        {"triangle on one point", triangle({1, 1, 1, 1, 1, 1}, kWhite, kWhite), "..... .#... ..... ..... ....."},
+        {"wild triangle covering the screen", triangle({INT_MIN, INT_MIN, INT_MAX, 0, 0, INT_MAX}, kWhite, kWhite),
+         "##### ##### ##### ##### #####"},
+        {"wild and degenerate triangle", triangle({INT_MIN, INT_MIN, INT_MAX, INT_MAX, 0, 0}, kWhite, kWhite),
+         "#.... .#... ..#.. ...#. ....#"},
+
+        {"circle of radius 4", [](auto& s) { s.DrawCircle(4, 4, 4, kWhite, kRed); },
+         "......... ..#####.. .#rrrrr#. .#rrrrr#. .#rrrrr#. .#rrrrr#. .#rrrrr#. ..#####.. ........."},
+        {"hollow circle cut by the corner", [](auto& s) { s.DrawCircle(0, 0, 4, kWhite, 0); },
+         "...#. ...#. ...#. ###.. ....."},
+        {"circle of radius 1", [](auto& s) { s.DrawCircle(1, 1, 1, kWhite, kRed); }, "... .#. ..."},
+        {"circle of radius 0", [](auto& s) { s.DrawCircle(1, 1, 0, kWhite, kRed); }, "... ... ..."},
+        {"negative radius", [](auto& s) { s.DrawCircle(1, 1, -2, kWhite, kRed); }, "... ... ..."},
+        {"circle without outline", [](auto& s) { s.DrawCircle(1, 1, 1, 0, kRed); }, "... ... ..."},
+        {"wild radius", [](auto& s) { s.DrawCircle(0, 0, INT_MAX, kWhite, kRed); }, "rrr rrr rrr"},
+
+        {"block at the top left", [](auto& s) { s.Draw(-2, -2, kWhite, 4, 4); }, "##... ##... ..... .....", true},
+        {"block at the bottom right", [](auto& s) { s.Draw(3, 2, kWhite, 10, 10); }, "..... ..... ...## ...##", true},
+        {"block past left and right", [](auto& s) { s.Draw(-5, 1, kWhite, 20, 2); }, "..... ##### ##### .....", true},
+        {"block left of the screen, clamped onto column 0", [](auto& s) { s.Draw(-5, 1, kWhite, 3, 2); },
+         "..... #.... #.... .....", true},
+        {"block of zero width", [](auto& s) { s.Draw(0, 0, kWhite, 0, 3); }, "..... ..... ..... .....", true},
+        {"block of negative height", [](auto& s) { s.Draw(0, 0, kWhite, 3, -1); }, "..... ..... ..... .....", true},
     };
-    Picture const filled = {"####.", "###..", "##...", "#....", "....."};
-    ExpectPictures({
-        {"filled", triangle(0, 0, 4, 0, 0, 4, kWhite, kWhite), filled},
-        {"other winding", triangle(0, 0, 0, 4, 4, 0, kWhite, kWhite), filled},
-        {"edges only", triangle(0, 0, 4, 0, 0, 4, kWhite, 0), {"#####", "#..#.", "#.#..", "##...", "#...."}},
-        {"edges over fill", triangle(0, 0, 4, 0, 0, 4, kWhite, kRed), {"#####", "#rr#.", "#r#..", "##...", "#...."}},
-        {"no outline", triangle(0, 0, 4, 0, 0, 4, 0, kRed), {".....", ".....", ".....", ".....", "....."}},
-        {"degenerate", triangle(0, 0, 2, 2, 4, 4, kWhite, kWhite), {"#....", ".#...", "..#..", "...#.", "....#"}},
-        {"one point", triangle(1, 1, 1, 1, 1, 1, kWhite, kWhite), {".....", ".#...", ".....", ".....", "....."}},
-        {"wild, covering the screen", triangle(INT_MIN, INT_MIN, INT_MAX, 0, 0, INT_MAX, kWhite, kWhite),
-         {"#####", "#####", "#####", "#####", "#####"}},
-        {"wild and degenerate", triangle(INT_MIN, INT_MIN, INT_MAX, INT_MAX, 0, 0, kWhite, kWhite),
-         {"#....", ".#...", "..#..", "...#.", "....#"}},
-    });
+    for (auto const& [name, draw, picture, dirty] : cases) {
+        auto const width = picture.find(' ');
+        QuorlScreen screen(static_cast<uint32_t>(width), static_cast<uint32_t>(picture.size() / (width + 1) + 1));
+        draw(screen);
+        EXPECT_EQ(PictureOf(screen), picture) << name;
+        EXPECT_EQ(screen.dirty, dirty) << name;
+    }
 }
 
 TEST(QuorlScreenTest, TrianglesSharingEdgesPaintThemOnce) {
@@ -163,39 +177,6 @@ TEST(QuorlScreenTest, TrianglesSharingEdgesPaintThemOnce) {
             for (int x = 0; x < 6; ++x)
                 EXPECT_EQ(screen.GetPixel(x, y), x < 4 && y < 4 ? 0x80808080u : 0u) << x << "," << y;
     }
-}
-
-TEST(QuorlScreenTest, CirclesRingTheOutlineAroundTheFill) {
-    auto circle = [](int x, int y, int radius, uint32_t outline, uint32_t fill) {
-        return [=](QuorlScreen& screen) { screen.DrawCircle(x, y, radius, outline, fill); };
-    };
-    Picture const empty(3, "...");
-    ExpectPictures({
-        {"radius 4",
-         circle(4, 4, 4, kWhite, kRed),
-         {".........", "..#####..", ".#rrrrr#.", ".#rrrrr#.", ".#rrrrr#.", ".#rrrrr#.", ".#rrrrr#.", "..#####..",
-          "........."}},
-        {"hollow, cut by the corner", circle(0, 0, 4, kWhite, 0), {"...#.", "...#.", "...#.", "###..", "....."}},
-        {"radius 1", circle(1, 1, 1, kWhite, kRed), {"...", ".#.", "..."}},
-        {"radius 0", circle(1, 1, 0, kWhite, kRed), empty},
-        {"negative radius", circle(1, 1, -2, kWhite, kRed), empty},
-        {"no outline", circle(1, 1, 1, 0, kRed), empty},
-        {"wild radius", circle(0, 0, INT_MAX, kWhite, kRed), {"rrr", "rrr", "rrr"}},
-    });
-}
-
-TEST(QuorlScreenTest, BlocksClipAtEveryBorder) {
-    auto block = [](int x, int y, int w, int h) {
-        return [=](QuorlScreen& screen) { screen.Draw(x, y, kWhite, w, h); };
-    };
-    ExpectPictures({
-        {"top left", block(-2, -2, 4, 4), {"##...", "##...", ".....", "....."}, true},
-        {"bottom right", block(3, 2, 10, 10), {".....", ".....", "...##", "...##"}, true},
-        {"left and right", block(-5, 1, 20, 2), {".....", "#####", "#####", "....."}, true},
-        {"left of the screen, clamped onto column 0", block(-5, 1, 3, 2), {".....", "#....", "#....", "....."}, true},
-        {"zero width", block(0, 0, 0, 3), {".....", ".....", ".....", "....."}, true},
-        {"negative height", block(0, 0, 3, -1), {".....", ".....", ".....", "....."}, true},
-    });
 }
 
 TEST(QuorlScreenTest, TranslucentBlocksBlendTheFirstRowAndColumnOncePerCoordinateClampedOntoThem) {
@@ -236,26 +217,19 @@ TEST(QuorlScreenTest, AScreenSmallerThanItsSizeIsNeverWrittenPastItsPixels) {
     EXPECT_NE(screen.pixels[5], 0u);
 }
 
-TEST(QuorlScreenTest, DefaultTextCellIsTheAtlasCell) {
+TEST(QuorlScreenTest, TextSitsOnTheLastRowOfTheAtlasCellAndScalesPixelBySquare) {
     auto const metrics = nlohmann::json::parse(std::ifstream("game/graphics/ui/textures/monospace_font_atlas.json"));
-    QuorlScreen const screen;
-    EXPECT_EQ(screen.charWidth, metrics.at("advance").get<uint32_t>());
-    EXPECT_EQ(screen.charHeight, metrics.at("cell_height").get<uint32_t>());
-}
-
-TEST(QuorlScreenTest, TextSitsOnTheCellsLastRowAndScalesPixelBySquare) {
     quorl::graphics::FontRenderer const font;
     auto const& a = *font["A"].front();
     QuorlScreen plain(40, 20);
+    EXPECT_EQ(plain.charWidth, metrics.at("advance").get<uint32_t>());
+    EXPECT_EQ(plain.charHeight, metrics.at("cell_height").get<uint32_t>());
     plain.WriteLine(0, 0, kWhite, "Ag");
     EXPECT_TRUE(plain.dirty);
-    std::set<uint32_t> inkRows;
-    for (uint32_t y = 0; y < plain.height; ++y)
-        for (int x = 0; x < 8; ++x)
-            if (plain.GetPixel(x, static_cast<int>(y)) != 0)
-                inkRows.insert(y);
-    EXPECT_EQ(*inkRows.rbegin(), 14u) << "the capital ends above the baseline row, charHeight - 1";
-    EXPECT_EQ(*inkRows.begin(), 15u - a.verticalBearing);
+    auto const inkRows = InkRows(plain, 0, 7);
+    int const baseline = static_cast<int>(plain.charHeight) - 1;
+    EXPECT_EQ(*inkRows.rbegin(), baseline - 1) << "the capital ends above the baseline row";
+    EXPECT_EQ(*inkRows.begin(), baseline - a.verticalBearing);
 
     for (uint32_t scale : {2u, 3u}) {
         QuorlScreen scaled(40 * scale, 20 * scale);
@@ -294,27 +268,15 @@ TEST(QuorlScreenTest, ScaledTextIsCutByItsUnscaledRowNumber) {
     screen.charHeight = 1;
     screen.textSize = 2;
     screen.WriteLine(0, 39, kWhite, "T");
-    std::set<int> inkRows;
-    for (int y = 0; y < 40; ++y)
-        for (int x = 0; x < 16; ++x)
-            if (screen.GetPixel(x, y) != 0)
-                inkRows.insert(y);
     int const top = 39 - 2 * tee.verticalBearing;
-    EXPECT_EQ(inkRows, (std::set<int>{top, top + 1}));
+    EXPECT_EQ(InkRows(screen, 0, 15), (std::set<int>{top, top + 1}));
 }
 
 TEST(QuorlScreenTest, LinesAreCutAt1024Bytes) {
     QuorlScreen screen(2000 * 8, 16);
     screen.Write(0, 0, kWhite, std::string(2000, 'x'));
-    auto inkIn = [&](int firstColumn, int lastColumn) {
-        for (int y = 0; y < 16; ++y)
-            for (int x = firstColumn; x <= lastColumn; ++x)
-                if (screen.GetPixel(x, y) != 0)
-                    return true;
-        return false;
-    };
-    EXPECT_TRUE(inkIn(1023 * 8, 1024 * 8 - 1));
-    EXPECT_FALSE(inkIn(1024 * 8, 2000 * 8 - 1));
+    EXPECT_FALSE(InkRows(screen, 1023 * 8, 1024 * 8 - 1).empty());
+    EXPECT_TRUE(InkRows(screen, 1024 * 8, 2000 * 8 - 1).empty());
 }
 
 TEST(QuorlScreenTest, WriteSplitsLinesAndAlignsThem) {

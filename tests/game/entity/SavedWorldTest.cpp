@@ -21,15 +21,6 @@ protected:
         return entity;
     }
 
-    /// Destroys an entity as a player does: out of the table, its last pointer gone.
-    static void Destroy(std::shared_ptr<ServerSideEntity>& entity) {
-        {
-            std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
-            ServerSideEntity::_sharedObjects.erase(entity->id);
-        }
-        entity.reset();
-    }
-
     /// A file replaced by a save is a new file: its inode tells whether a save wrote it.
     static ino_t Inode(std::string const& path) {
         struct stat status {};
@@ -54,32 +45,28 @@ TEST_F(SavedWorldTest, SaveWritesOnlyTheFilesWhoseBytesChanged) {
 }
 
 TEST_F(SavedWorldTest, DestroyedEntityKeepsItsFileUntilASaveSucceedsAndAfterAnError) {
-    struct Case {
-        char const* what;
-        bool afterError;
-        bool fileStays;
-    };
-    for (auto const& [what, afterError, fileStays] : {Case{"closed normally", false, false},
-                                                      Case{"closed after an error", true, true}}) {
-        SCOPED_TRACE(what);
+    for (bool const afterError : {false, true}) {
+        SCOPED_TRACE(afterError ? "closed after an error" : "closed normally");
         SavedWorld saved;
         auto entity = MakeSaved(7);
         ASSERT_TRUE(saved.Save());
         std::string const path = entity->GetStateSaveFile();
-        Destroy(entity);
+        // Destroyed as a player does: out of the table, its last pointer gone.
+        {
+            std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
+            ServerSideEntity::_sharedObjects.erase(entity->id);
+        }
+        entity.reset();
         EXPECT_TRUE(std::filesystem::exists(path)) << "removed before any save";
         EXPECT_TRUE(saved.Close(afterError));
-        EXPECT_EQ(std::filesystem::exists(path), fileStays);
+        EXPECT_EQ(std::filesystem::exists(path), afterError);
     }
 }
 
 TEST_F(SavedWorldTest, UnsavedEntityOfAWorldClosedAfterAnErrorKeepsItsFile) {
     // Loaded, but its interface never marked it to be saved: the destruction rule would take its file.
-    auto entity = MakeSaved(3);
-    entity->Serialize();
-    std::string const path = entity->GetStateSaveFile();
-    entity->delete_save_on_destroy = false;
-    Destroy(entity);
+    std::string const path = MakeSaved(3)->GetStateSaveFile();
+    ServerSideEntity::UnloadAllEntities();
 
     SavedWorld saved;
     ASSERT_EQ(saved.Load(), 1u);

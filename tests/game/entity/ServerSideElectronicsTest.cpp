@@ -45,17 +45,6 @@ Value Number(double number) {
     return value;
 }
 
-Value Text(std::string text) {
-    Value value;
-    value.type = 2;
-    value.text = std::move(text);
-    return value;
-}
-
-ServerSideElectronics::Connection LinkTo(std::shared_ptr<ServerSideElectronics> const& target, std::string port) {
-    return {target, std::move(port)};
-}
-
 std::vector<double> Numbers(Values const& values) {
     std::vector<double> numbers;
     for (auto const& value : values)
@@ -64,8 +53,6 @@ std::vector<double> Numbers(Values const& values) {
 }
 
 }
-
-// ---- Values --------------------------------------------------------------------------------------------------------
 
 TEST(ElectronicsDataInterface, NumbersThatAreNotFiniteBecomeZeroAtEveryCopy) {
     Value value = Number(0.0);
@@ -85,8 +72,6 @@ TEST(ElectronicsDataInterface, NumbersThatAreNotFiniteBecomeZeroAtEveryCopy) {
     EXPECT_EQ(Value(value).number, 1.7976931348623157e308);
 }
 
-// ---- Ports ---------------------------------------------------------------------------------------------------------
-
 TEST(ServerSideElectronics, PortNamesFollowTheFirstDotWhereverDataStands) {
     EXPECT_EQ(ServerSideElectronics::DataPort("dat"), std::nullopt);
     EXPECT_EQ(ServerSideElectronics::DataPort("power.2"), std::nullopt);
@@ -104,11 +89,11 @@ TEST(ServerSideElectronics, ConnectReplacesAndDisconnectLeavesAnEmptyLink) {
     auto device = std::make_shared<Device>("hub");
     auto first = std::make_shared<Device>("first");
     auto second = std::make_shared<Device>("second");
-    EXPECT_FALSE(device->Connect("dat", LinkTo(first, "data")));
+    EXPECT_FALSE(device->Connect("dat", {first, "data"}));
     EXPECT_TRUE(device->connections.empty());
-    EXPECT_TRUE(device->Connect("data", LinkTo(first, "data.1")));
-    EXPECT_TRUE(device->Connect("data.12", LinkTo(first, "data.2")));
-    EXPECT_TRUE(device->Connect("data.12", LinkTo(second, "data.3")));
+    EXPECT_TRUE(device->Connect("data", {first, "data.1"}));
+    EXPECT_TRUE(device->Connect("data.12", {first, "data.2"}));
+    EXPECT_TRUE(device->Connect("data.12", {second, "data.3"}));
     EXPECT_EQ(device->connections.at(12).target.lock(), second);
     EXPECT_EQ(device->connections.at(12).port, "data.3");
 
@@ -118,8 +103,6 @@ TEST(ServerSideElectronics, ConnectReplacesAndDisconnectLeavesAnEmptyLink) {
     EXPECT_TRUE(device->connections.at(40).target.expired());
     EXPECT_EQ(device->GetInfo("", 0, 0).find("Port 40"), std::string::npos);
 }
-
-// ---- Data ----------------------------------------------------------------------------------------------------------
 
 TEST(ServerSideElectronics, InputMergesTheSendersIndicesAndQueuesThePortsWholeState) {
     Device device("screen");
@@ -134,9 +117,12 @@ TEST(ServerSideElectronics, InputMergesTheSendersIndicesAndQueuesThePortsWholeSt
     EXPECT_EQ(device.inputsByAlias.at("left").size(), 1u);
     EXPECT_EQ(device.inputsByPort.at(3).at(5).number, 5.0);
 
-    // Not numbers arrive as zero everywhere.
+    // Not numbers arrive as zero everywhere; other types as they are.
+    Value text;
+    text.type = 2;
+    text.text = "hi";
     device.InputData(3, {Number(std::numeric_limits<double>::quiet_NaN()),
-                         Number(std::numeric_limits<double>::infinity()), Text("hi")}, "left");
+                         Number(std::numeric_limits<double>::infinity()), text}, "left");
     EXPECT_EQ(Numbers(device.inputQueues.at(3).back()), (std::vector<double>{0, 0, -1, -1, -1, 5}));
     EXPECT_EQ(device.inputQueues.at(3).back()[2].text, "hi");
     EXPECT_EQ(device.inputsByAlias.at("left").at(1).number, 0.0);
@@ -165,7 +151,7 @@ TEST(ServerSideElectronics, OutputReachesOnlyALiveLinkedDevice) {
     EXPECT_TRUE(sender->connections.at(4).target.expired());
 
     auto receiver = std::make_shared<Device>("receiver");
-    sender->Connect("data.4", LinkTo(receiver, "data.9"));
+    sender->Connect("data.4", {receiver, "data.9"});
     sender->OutputData(4, {Number(2)});
     EXPECT_EQ(receiver->inputQueues.at(9).back()[0].number, 2.0);
     EXPECT_EQ(receiver->inputsByAlias.at("probe").at(0).number, 2.0);
@@ -182,8 +168,6 @@ TEST(ServerSideElectronics, OutputReachesOnlyALiveLinkedDevice) {
     sender->OutputData(4, {Number(4)});
 }
 
-// ---- Players -------------------------------------------------------------------------------------------------------
-
 TEST(ServerSideElectronics, InfoListsTheAliasAndTheLiveLinksByteForByte) {
     auto device = std::make_shared<Device>("Flight computer");
     EXPECT_EQ(device->GetInfo("ada", 300, 200),
@@ -193,8 +177,8 @@ TEST(ServerSideElectronics, InfoListsTheAliasAndTheLiveLinksByteForByte) {
     auto screen = std::make_shared<Device>("Screen");
     auto gone = std::make_shared<Device>("Gone");
     device->alias = "fc1";
-    device->Connect("data.2", LinkTo(screen, "data.5"));
-    device->Connect("data.3", LinkTo(gone, "data.1"));
+    device->Connect("data.2", {screen, "data.5"});
+    device->Connect("data.3", {gone, "data.1"});
     gone.reset();
     EXPECT_EQ(device->GetInfo("", 0, 0),
               "Flight computer\n<ROLE_CODE>\n<TEXT> Device Alias: \n<SAMELINE> <ACTION_INPUT_TEXT> edit_alias fc1\n"
@@ -219,8 +203,9 @@ TEST(ServerSideElectronics, OnlyUsersWithTheCodeRightEditTheAlias) {
         char const* user;
         char const* alias_after;
     };
-    for (Step const& step : {Step{"edit_alias", "bob's", "bob", ""}, Step{"rename", "x", "ada", ""},
-                             Step{"edit_alias", "tower", "carol", "tower"}, Step{"edit_alias", "base", "ada", "base"}}) {
+    for (Step const& step :
+         {Step{"edit_alias", "bob's", "bob", ""}, Step{"rename", "x", "ada", ""},
+          Step{"edit_alias", "tower", "carol", "tower"}, Step{"edit_alias", "base", "ada", "base"}}) {
         quorl::filesystem::WriteOnlyStream written;
         written.Write(step.word);
         written.Write(step.text);

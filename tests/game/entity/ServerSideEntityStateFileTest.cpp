@@ -2,11 +2,11 @@
 #include "tests/support/Capture.h"
 #include "tests/support/EntityState.h"
 #include "tests/support/EntityWorld.h"
+#include "tests/support/TempDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <random>
 
 using game::entity::Id;
@@ -21,26 +21,17 @@ protected:
         return entity;
     }
 
-    /// The message of the error that loading `id` raises, or "" when it loads.
+    /// The message of the error that loading `id` raises, or "no exception" when it loads.
     static std::string LoadError(Id id) {
-        try {
-            ServerSideEntity::Interface::Create(id);
-        } catch (std::exception const& error) {
-            return error.what();
-        }
-        return "";
+        return ErrorOf<std::exception>([&] { ServerSideEntity::Interface::Create(id); });
     }
 
-    /// Saves a counter with an empty note and drops it from the world, leaving only its file: its id and path.
+    /// Saves a counter with an empty note and unloads the world, leaving only its file: its id and path.
     static std::pair<Id, std::string> SaveAndForget() {
         auto entity = MakeSaved();
-        entity->Serialize();
         std::pair<Id, std::string> saved{entity->id, entity->GetStateSaveFile()};
-        {
-            std::unique_lock lock(ServerSideEntity::_sharedObjectsMutex);
-            ServerSideEntity::_sharedObjects.clear();
-        }
-        entity->delete_save_on_destroy = false;
+        entity.reset();
+        ServerSideEntity::UnloadAllEntities();
         return saved;
     }
 
@@ -48,18 +39,8 @@ protected:
     /// 16-byte block (updates, note length) and the block's length.
     static size_t InterfaceMagicOffset(size_t fileSize) { return fileSize - 4 - 16 - 8 - 4; }
 
-    static std::vector<unsigned char> ReadBytes(std::string const& path) {
-        std::ifstream file(path, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-    static void WriteBytes(std::string const& path, std::vector<unsigned char> const& bytes) {
-        std::ofstream(path, std::ios::binary).write(reinterpret_cast<char const*>(bytes.data()), bytes.size());
-    }
-
     EntityWorld world{testing::UnitTest::GetInstance()->current_test_info()->name()};
 };
-
-// ---- Round trips -------------------------------------------------------------------------------------------------------
 
 TEST_F(EntitySaveStateTest, EverySavedFieldAndTheInterfaceBlockComeBack) {
     auto saved = MakeSaved("crate");
@@ -75,13 +56,13 @@ TEST_F(EntitySaveStateTest, EverySavedFieldAndTheInterfaceBlockComeBack) {
     saved->rest_time = 0.5;
     CounterState{17, "seventeen"}.Into(*saved);
     Id id = saved->id;
-    auto expected = saved->SaveState();
+    auto const expected = saved->SaveState();
     saved.reset();
 
     ServerSideEntity::UnloadAllEntities();
-    EXPECT_EQ(ReadBytes("../Meridon-data/server/worlds/" + Game::_current_world + "/entities/" + id.String() +
-                        ".entitystate"),
-              expected);
+    EXPECT_EQ(ReadFile("../Meridon-data/server/worlds/" + Game::_current_world + "/entities/" + id.String() +
+                       ".entitystate"),
+              std::string(expected.begin(), expected.end()));
     ServerSideEntity::LoadAllEntities();
 
     auto loaded = ServerSideEntity::Get(id);
@@ -134,76 +115,49 @@ TEST_F(EntitySaveStateTest, OnlyTaggedNonComponentsAreSavedAndSleepComesBackAsTw
 
 TEST_F(EntitySaveStateTest, EmptyInterfaceBlockRoundTrips) {
     auto [id, path] = SaveAndForget();
-    auto bytes = ReadBytes(path);
+    std::string const bytes = ReadFile(path);
     // Cut the block down to nothing: the interface then reads an empty stream and keeps its defaults.
-    std::vector<unsigned char> emptyBlock(bytes.begin(), bytes.begin() + InterfaceMagicOffset(bytes.size()) + 4);
-    for (int i = 0; i < 8; ++i)
-        emptyBlock.push_back(0);
-    for (char c : std::string("\nEOF"))
-        emptyBlock.push_back(static_cast<unsigned char>(c));
-    WriteBytes(path, emptyBlock);
-
-    ASSERT_EQ(LoadError(id), "");
+    WriteFile(path, bytes.substr(0, InterfaceMagicOffset(bytes.size()) + 4) + std::string(8, '\0') + "\nEOF");
+    ASSERT_EQ(LoadError(id), "no exception");
     EXPECT_EQ(CounterState::Of(*ServerSideEntity::Get(id)).updates, 0u);
 }
 
-// ---- Bad files -----------------------------------------------------------------------------------------------------------
-
-TEST_F(EntitySaveStateTest, EachDamageGivesItsOwnMessage) {
+TEST_F(EntitySaveStateTest, EachDamageGivesItsOwnMessageAndAnyBadFileFailsWithoutLeavingAnEntity) {
     auto [id, path] = SaveAndForget();
-    auto good = ReadBytes(path);
-
-    auto damaged = [&](size_t offset, unsigned char value) {
-        auto bytes = good;
-        bytes[offset] = value;
-        WriteBytes(path, bytes);
+    std::string const good = ReadFile(path), name = id.String();
+    auto loadError = [&](std::string const& bytes) {
+        WriteFile(path, bytes);
         return LoadError(id);
     };
-    std::string name = id.String();
+    auto damaged = [&](size_t offset, char value) {
+        std::string bytes = good;
+        bytes[offset] = value;
+        return loadError(bytes);
+    };
     EXPECT_EQ(damaged(0, 'X'), "Invalid save state magic string for entity " + name);
     EXPECT_EQ(damaged(9, 'X'), "Invalid save state magic string for entity " + name) << "second magic, same words";
     EXPECT_EQ(damaged(16, 2), "Invalid save state version for entity " + name);
-    EXPECT_EQ(damaged(InterfaceMagicOffset(good.size()), 'X'), "Invalid save state interface magic string for entity " + name);
-    std::filesystem::remove(path);
-    EXPECT_EQ(LoadError(id), "Save state file does not exist for entity " + name);
-    EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty()) << "no half-made entity stays";
-}
-
-TEST_F(EntitySaveStateTest, TruncatedRandomAndEmptyFilesFailClearly) {
-    auto [id, path] = SaveAndForget();
-    auto good = ReadBytes(path);
+    EXPECT_EQ(damaged(InterfaceMagicOffset(good.size()), 'X'),
+              "Invalid save state interface magic string for entity " + name);
 
     std::mt19937 random(7);
-    std::vector<std::vector<unsigned char>> files{{}};
+    std::vector<std::string> files{""};
     for (size_t cut : {size_t(5), size_t(20), size_t(40), good.size() - 10})
-        files.emplace_back(good.begin(), good.begin() + cut);
+        files.push_back(good.substr(0, cut));
     for (int i = 0; i < 20; ++i) {
-        std::vector<unsigned char> noise(random() % 300);
+        std::string noise(random() % 300, '\0');
         for (auto& byte : noise)
-            byte = static_cast<unsigned char>(random());
+            byte = static_cast<char>(random());
         files.push_back(noise);
     }
     for (auto const& bytes : files) {
-        WriteBytes(path, bytes);
-        std::string error = LoadError(id);
-        EXPECT_FALSE(error.empty()) << bytes.size() << " bytes loaded";
-        EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty());
+        EXPECT_NE(loadError(bytes), "no exception") << bytes.size() << " bytes loaded";
+        EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty()) << "a half-made entity stayed";
     }
-}
-
-TEST_F(EntitySaveStateTest, EntityOfAMissingModuleStaysOnDiskOnly) {
-    auto entity = ServerSideEntity::Create(quorl::modular::ModuleID("GONE_module"), "thing", Id{});
-    entity->save_tag = 1;
-    std::string path = entity->GetStateSaveFile();
-    entity.reset();
-    ServerSideEntity::UnloadAllEntities();
-
-    ServerSideEntity::LoadAllEntities();
+    std::filesystem::remove(path);
+    EXPECT_EQ(LoadError(id), "Save state file does not exist for entity " + name);
     EXPECT_TRUE(ServerSideEntity::_sharedObjects.empty());
-    EXPECT_TRUE(std::filesystem::exists(path));
 }
-
-// ---- Never losing a good file ----------------------------------------------------------------------------------------
 
 TEST_F(EntitySaveStateTest, SavingIntoAMissingWorldNamesThePath) {
     auto entity = MakeSaved();
@@ -217,7 +171,7 @@ TEST_F(EntitySaveStateTest, LeftoverTemporaryFromACrashIsIgnoredAndReplaced) {
     CounterState{1, "old"}.Into(*entity);
     entity->Serialize();
     std::string path = entity->GetStateSaveFile();
-    WriteBytes(path + quorl::filesystem::AtomicFileBatch::kTemporarySuffix, {1, 2, 3});
+    WriteFile(path + quorl::filesystem::AtomicFileBatch::kTemporarySuffix, "\1\2\3");
 
     CounterState{2, "new"}.Into(*entity);
     Id id = entity->id;

@@ -1,10 +1,7 @@
-// Drives a world of TEST_entities entities from a process of its own, for the tests that need a second process or
-// one that dies. Run from the tests' game tree:
+// Drives a world of TEST_entities entities from a process of its own, for the tests that need a second process.
+// Run from the tests' game tree:
 //   entity_world_tool save WORLD     make a few entities, print them, save them
 //   entity_world_tool load WORLD     load the world and print its entities the same way
-//   entity_world_tool counters WORLD N  make and save N counters
-//   entity_world_tool churn WORLD    load, bump and save the world's counters, forever
-//   entity_world_tool verify WORLD N load the world; exit 0 when it holds N whole, consistent counters
 //   entity_world_tool reopen WORLD N open the world as a server does (its lock, an interrupted save finished) and
 //                                    load it; exit 0 when it holds N whole counters, all of one generation: one save
 
@@ -28,15 +25,14 @@ std::string Dump() {
     std::vector<std::string> lines;
     ServerSideEntity::ForEach([&](auto const& entity) {
         std::ostringstream line;
-        line << std::hexfloat << entity->id.String() << ' ' << entity->module.String() << ' ' << entity->type
-             << " env " << entity->environment << ' ' << entity->parent_environment << " parent "
-             << entity->parent.String() << " pos " << entity->position.x << ' ' << entity->position.y << ' '
-             << entity->position.z << " rot " << entity->orientation.w << ' ' << entity->orientation.x << ' '
-             << entity->orientation.y << ' ' << entity->orientation.z << " dynamic " << entity->dynamic << " v "
-             << entity->linear_velocity.x << ' ' << entity->linear_velocity.y << ' ' << entity->linear_velocity.z
-             << " w " << entity->angular_velocity.x << ' ' << entity->angular_velocity.y << ' '
-             << entity->angular_velocity.z << " radius " << entity->bounds_radius << " asleep "
-             << (!entity->dynamic || entity->rest_time >= 1.0);
+        line << std::hexfloat << entity->id.String() << ' ' << entity->module.String() << ' ' << entity->type << " env "
+             << entity->environment << ' ' << entity->parent_environment << " parent " << entity->parent.String()
+             << " pos " << entity->position.x << ' ' << entity->position.y << ' ' << entity->position.z << " rot "
+             << entity->orientation.w << ' ' << entity->orientation.x << ' ' << entity->orientation.y << ' '
+             << entity->orientation.z << " dynamic " << entity->dynamic << " v " << entity->linear_velocity.x << ' '
+             << entity->linear_velocity.y << ' ' << entity->linear_velocity.z << " w " << entity->angular_velocity.x
+             << ' ' << entity->angular_velocity.y << ' ' << entity->angular_velocity.z << " radius "
+             << entity->bounds_radius << " asleep " << (!entity->dynamic || entity->rest_time >= 1.0);
         if (entity->interface) {
             auto state = CounterState::Of(*entity);
             line << " state " << state.updates << ' ' << state.note;
@@ -88,39 +84,6 @@ int Load() {
     return 0;
 }
 
-int Counters(int count) {
-    for (int i = 0; i < count; ++i)
-        CounterState{0, CounterState::Pattern(0)}.Into(*Make("counter"));
-    ServerSideEntity::UnloadAllEntities();
-    return 0;
-}
-
-[[noreturn]] void Churn() {
-    for (;;) {
-        ServerSideEntity::LoadAllEntities();
-        ServerSideEntity::ForEach([](auto const& entity) {
-            auto state = CounterState::Of(*entity);
-            CounterState{state.updates + 1, CounterState::Pattern(state.updates + 1)}.Into(*entity);
-            entity->save_tag = 1;
-        });
-        ServerSideEntity::UnloadAllEntities();
-    }
-}
-
-int Verify(int count) {
-    ServerSideEntity::LoadAllEntities();
-    int whole = 0;
-    ServerSideEntity::ForEach([&](auto const& entity) {
-        auto state = CounterState::Of(*entity);
-        if (state.note == CounterState::Pattern(state.updates))
-            ++whole;
-        else
-            std::cout << entity->id.String() << " generation " << state.updates << " has a foreign note\n";
-    });
-    std::cout << whole << " of " << count << " counters whole\n";
-    return whole == count && ServerSideEntity::_sharedObjects.size() == size_t(count) ? 0 : 1;
-}
-
 int Reopen(int count) {
     game::entity::SavedWorld world;
     world.Load();
@@ -143,7 +106,7 @@ int Reopen(int count) {
 
 int main(int argc, char** argv) {
     if (argc < 3) {
-        std::cerr << "usage: entity_world_tool save|load|counters|churn|verify|reopen WORLD [COUNT]\n";
+        std::cerr << "usage: entity_world_tool save|load|reopen WORLD [COUNT]\n";
         return 2;
     }
     std::string mode = argv[1];
@@ -154,12 +117,6 @@ int main(int argc, char** argv) {
             return Save();
         if (mode == "load")
             return Load();
-        if (mode == "counters")
-            return Counters(count);
-        if (mode == "churn")
-            Churn();
-        if (mode == "verify")
-            return Verify(count);
         if (mode == "reopen")
             return Reopen(count);
     } catch (std::exception const& error) {

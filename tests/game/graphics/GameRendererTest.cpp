@@ -1,12 +1,8 @@
-// The game renderer on a real Vulkan device (lavapipe where there is no GPU), headless, with validation on: every
-// test fails on any validation message.
-
 #include "game/graphics/GameRenderer.h"
 
 #include "game/GameSettings.h"
 #include "game/Options.h"
-#include "tests/support/GameFixture.h"
-#include "tests/support/TempDirectory.h"
+#include "tests/support/GameRendererFixture.h"
 
 #include <stb/stb_image.h>
 
@@ -21,44 +17,14 @@ using Entries = std::vector<std::string>;
 
 namespace {
 
-class GameRendererTest : public GameTest {
-protected:
-    void SetUp() override {
-        GameTest::SetUp();
-        Game::settings = game::GameSettings::Instance(directory.File("settings.ini"), std::nullopt);
-        Game::settings->graphics_preset = 3;
-        renderer = std::make_unique<GameRenderer>(nullptr, "GameRendererTest", 1,
-            quorl::vk::PhysicalDevice::Features{}, true);
-        Game::renderer = renderer.get();
-    }
-
-    void TearDown() override {
-        uint32_t const messages = renderer->device->ValidationMessageCount();
-        Game::renderer = nullptr;
-        renderer.reset();
-        Game::settings.reset();
-        EXPECT_EQ(messages, 0u) << "the validation layer reported problems (see standard error)";
-        GameTest::TearDown();
-    }
-
-    /// The Renderer_ hooks that the journal saw, without the module prefix's class part.
-    static Entries StageEntries() {
-        Entries stages;
-        for (auto const& entry : journal::Entries())
-            if (entry.find(":Renderer_") != std::string::npos)
-                stages.push_back(entry.substr(0, entry.find('.')) + entry.substr(entry.find(':')));
-        return stages;
-    }
-
-    TempDirectory directory;
-    std::unique_ptr<GameRenderer> renderer;
-};
+using GameRendererTest = GameWithRendererTest;
+using Rgba = std::array<int, 4>;
 
 /// Stb's reading of a PNG, RGBA.
 struct Png {
     explicit Png(std::string const& path) : pixels(stbi_load(path.c_str(), &width, &height, &channels, 4)) {}
     ~Png() { stbi_image_free(pixels); }
-    std::array<int, 4> At(int x, int y) const {
+    Rgba At(int x, int y) const {
         unsigned char const* p = pixels + (y * width + x) * 4;
         return {p[0], p[1], p[2], p[3]};
     }
@@ -68,7 +34,7 @@ struct Png {
 
 }
 
-// ---- Frames and their hooks ------------------------------------------------------------------------------------------
+// ---- Frames and their hooks -----------------------------------------------------------------------------------------
 
 TEST_F(GameRendererTest, FramesRunEveryStageInOrderWithTheSortedListsInTheirOrder) {
     GAME_Mod::LoadModule("TEST_alpha", true);  // sorts second
@@ -79,7 +45,10 @@ TEST_F(GameRendererTest, FramesRunEveryStageInOrderWithTheSortedListsInTheirOrde
     for (auto& frame : frames) {
         journal::Clear();
         renderer->RenderFrame();
-        frame = StageEntries();
+        // The module prefix without its class part.
+        for (auto const& entry : journal::Entries())
+            if (entry.find(":Renderer_") != std::string::npos)
+                frame.push_back(entry.substr(0, entry.find('.')) + entry.substr(entry.find(':')));
     }
     renderer->StopRendering();
     EXPECT_EQ(journal::EntriesOf("Renderer_StopRendering").size(), 2u);
@@ -104,45 +73,33 @@ TEST_F(GameRendererTest, FramesRunEveryStageInOrderWithTheSortedListsInTheirOrde
     }
 }
 
-TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewInTheRenderStage) {
+TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewAndTheCrosshairOnlyInMouseLook) {
     GAME_Mod::LoadModule("TEST_pattern", true);
     SortAllLists();
-    renderer->StartRendering();
-    renderer->RenderFrame();
-    renderer->RenderFrame();
-    vkDeviceWaitIdle(renderer->device->handle);
     std::string const path = directory.File("frame.png");
-    ASSERT_NE(renderer->SaveImage(renderer->CurrentImage(), {renderer->swapchain.width, renderer->swapchain.height},
-                  renderer->swapchain.format, VK_IMAGE_LAYOUT_GENERAL, path, 90, true),
-        0);
-    renderer->StopRendering();
-
-    Png const png(path);
-    ASSERT_NE(png.pixels, nullptr);
-    EXPECT_EQ(png.width, 1280);
-    EXPECT_EQ(png.height, 720);
-    EXPECT_EQ(png.At(0, 0), (std::array<int, 4>{0, 0, 0, 255}));
-    EXPECT_EQ(png.At(33, 33), (std::array<int, 4>{255, 0, 0, 255}));
-    EXPECT_EQ(png.At(46, 33), (std::array<int, 4>{0, 255, 0, 255}));
-    EXPECT_EQ(png.At(33, 46), (std::array<int, 4>{0, 0, 255, 255}));
-    EXPECT_EQ(png.At(46, 46), (std::array<int, 4>{255, 255, 255, 255}));
-    EXPECT_EQ(png.At(48, 48), (std::array<int, 4>{0, 0, 0, 255}));
-}
-
-TEST_F(GameRendererTest, TheOverlayShowsTheCrosshairOnlyInMouseLook) {
-    std::string const path = directory.File("crosshair.png");
-    auto centreAfterAFrame = [&](bool mouseLook) {
-        Game::uiVisible = true;
+    Rgba const black{0, 0, 0, 255}, white{255, 255, 255, 255};
+    Game::uiVisible = true;
+    renderer->StartRendering();
+    for (bool mouseLook : {true, false}) {
+        SCOPED_TRACE(mouseLook ? "mouse look" : "a free mouse");
         Game::_mouseLook = mouseLook;
         renderer->RenderFrame();
         vkDeviceWaitIdle(renderer->device->handle);
-        renderer->SaveImage(renderer->CurrentImage(), {renderer->swapchain.width, renderer->swapchain.height},
-            renderer->swapchain.format, VK_IMAGE_LAYOUT_GENERAL, path, 90, true);
-        return Png(path).At(int(renderer->swapchain.width / 2), int(renderer->swapchain.height / 2));
-    };
-    renderer->StartRendering();
-    EXPECT_EQ(centreAfterAFrame(true), (std::array<int, 4>{255, 255, 255, 255}));
-    EXPECT_EQ(centreAfterAFrame(false), (std::array<int, 4>{0, 0, 0, 255})) << "a free mouse shows no crosshair";
+        ASSERT_NE(renderer->SaveImage(renderer->CurrentImage(), {renderer->swapchain.width, renderer->swapchain.height},
+                      renderer->swapchain.format, VK_IMAGE_LAYOUT_GENERAL, path, 90, true),
+            0);
+        Png const png(path);
+        ASSERT_NE(png.pixels, nullptr);
+        EXPECT_EQ(png.width, 1280);
+        EXPECT_EQ(png.height, 720);
+        EXPECT_EQ(png.At(0, 0), black);
+        EXPECT_EQ(png.At(33, 33), (Rgba{255, 0, 0, 255}));
+        EXPECT_EQ(png.At(46, 33), (Rgba{0, 255, 0, 255}));
+        EXPECT_EQ(png.At(33, 46), (Rgba{0, 0, 255, 255}));
+        EXPECT_EQ(png.At(46, 46), white);
+        EXPECT_EQ(png.At(48, 48), black);
+        EXPECT_EQ(png.At(640, 360), mouseLook ? white : black) << "the crosshair";
+    }
     renderer->StopRendering();
 }
 
@@ -154,23 +111,14 @@ TEST_F(GameRendererTest, SaveImageRefusesFormatsOutsideItsTable) {
     EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-// ---- Deferred destruction ----------------------------------------------------------------------------------------------
+// ---- Deferred destruction -------------------------------------------------------------------------------------------
 
-TEST_F(GameRendererTest, TrashSurvivesOneWholeFrame) {
+TEST_F(GameRendererTest, TrashAndPendingTexturesHeldByNobodySurviveOneWholeFrame) {
     renderer->StartRendering();
     renderer->RenderFrame();
     auto object = std::make_shared<int>(7);
     std::weak_ptr<int> watch = object;
     renderer->Trash(std::move(object));
-    renderer->RenderFrame();
-    EXPECT_FALSE(watch.expired()) << "released while the frame that may read it was in flight";
-    renderer->RenderFrame();
-    EXPECT_TRUE(watch.expired());
-    renderer->StopRendering();
-}
-
-TEST_F(GameRendererTest, APendingTextureHeldByNobodyIsTrashedNotPushed) {
-    renderer->StartRendering();
     auto wanted = std::make_shared<quorl::graphics::Texture>(renderer->device.get(), 4, 4, VK_FORMAT_R8G8B8A8_UNORM);
     std::weak_ptr<quorl::graphics::Texture> abandoned;
     {
@@ -182,15 +130,17 @@ TEST_F(GameRendererTest, APendingTextureHeldByNobodyIsTrashedNotPushed) {
     }
     renderer->RenderFrame();
     EXPECT_TRUE(renderer->pendingTextures.empty());
-    EXPECT_FALSE(abandoned.expired()) << "trashed textures live one more frame";
+    EXPECT_FALSE(watch.expired()) << "released while the frame that may read it was in flight";
+    EXPECT_FALSE(abandoned.expired()) << "an abandoned texture is trashed, not pushed";
     renderer->RenderFrame();
+    EXPECT_TRUE(watch.expired());
     renderer->RenderFrame();
     EXPECT_TRUE(abandoned.expired());
     EXPECT_EQ(wanted.use_count(), 1);
     renderer->StopRendering();
 }
 
-// ---- Floating world origin -------------------------------------------------------------------------------------------
+// ---- Floating world origin ------------------------------------------------------------------------------------------
 
 TEST_F(GameRendererTest, ThresholdZeroMakesTheOriginTrackTheCameraEveryFrame) {
     game::Options::Set("world_origin_reset_distance_threshold", 0.0f);
@@ -226,25 +176,20 @@ TEST_F(GameRendererTest, AJumpPastTheThresholdRoundsTheOriginAndSmallMovesKeepIt
     EXPECT_EQ(renderer->worldOriginX, 151);
 }
 
-// ---- Settings and sizes ----------------------------------------------------------------------------------------------
+// ---- Settings and sizes ---------------------------------------------------------------------------------------------
 
 TEST(GameRendererPresets, TheGpuNameChoosesThePreset) {
-    struct Case {
-        char const* name;
-        int preset;
-    };
-    for (auto [name, preset] : {Case{"NVIDIA GeForce RTX 4090", 5}, Case{"GeForce RTX_3060 Laptop GPU", 2},
-             Case{"NVIDIA RTX-2070 SUPER", 2}, Case{"RTX 5090", 6}, Case{"NVIDIA GeForce RTX 3080 Ti", 4},
-             Case{"NVIDIA GeForce RTX 4060", 3}, Case{"llvmpipe (LLVM 15.0.6, 256 bits)", 3},
-             Case{"AMD Radeon RX 7900 XTX", 3}, Case{"NVIDIA H100 80GB HBM3", 3}})
+    std::pair<char const*, int> const cases[] = {{"NVIDIA GeForce RTX 4090", 5}, {"GeForce RTX_3060 Laptop GPU", 2},
+        {"NVIDIA RTX-2070 SUPER", 2}, {"RTX 5090", 6}, {"NVIDIA GeForce RTX 3080 Ti", 4},
+        {"NVIDIA GeForce RTX 4060", 3}, {"llvmpipe (LLVM 15.0.6, 256 bits)", 3}, {"AMD Radeon RX 7900 XTX", 3},
+        {"NVIDIA H100 80GB HBM3", 3}};
+    for (auto [name, preset] : cases)
         EXPECT_EQ(GameRenderer::PresetForDeviceName(name), preset) << name;
 }
 
 TEST_F(GameRendererTest, PresetsSetTheUpscalingQuality) {
-    struct Case {
-        int preset, quality;
-    };
-    for (auto [preset, quality] : {Case{1, 1}, Case{4, 1}, Case{5, 2}, Case{6, 3}, Case{7, 6}, Case{0, 9}, Case{8, 9}}) {
+    std::pair<int, int> const cases[] = {{1, 1}, {4, 1}, {5, 2}, {6, 3}, {7, 6}, {0, 9}, {8, 9}};
+    for (auto [preset, quality] : cases) {
         Game::settings->graphics_preset = preset;
         Game::settings->upscaling_quality_setting = 9;
         renderer->ConfigureSettingsFromPreset();

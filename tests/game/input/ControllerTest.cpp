@@ -327,51 +327,42 @@ TEST_F(ControllerTest, TheRightStickLooksQuadraticallyAndFasterInYawOrSteersAVeh
 
 // ---- Gamepad sprint and the vehicle look toggle ---------------------------------------------------------------------
 
-TEST_F(ControllerTest, AStickClickSprintsUntilTheStickIsLetGo) {
+TEST_F(ControllerTest, AStickClickSprintsUntilTheStickIsLetGoTheOtherFlipsTheVehicleLookInStationModeOnly) {
     struct Step {
         char const* name;
+        uint8_t mode;
         float leftStickY;
-        bool click, shift, expected;
+        bool leftClick, rightClick, shift;
+        bool sprint, vehicleLook;
     };
     Step const steps[] = {
-        {"standing", 0.0f, false, false, false},
-        {"walking", -1.0f, false, false, false},
-        {"click while walking", -1.0f, true, false, true},
-        {"click let go, still walking", -1.0f, false, false, true},
-        {"walking slowly", -0.5f, false, false, true},
-        {"stick let go", 0.0f, false, false, false},
-        {"walking again", -1.0f, false, false, false},
-        {"the keyboard's sprint still counts", -1.0f, false, true, true},
+        {"standing", 1, 0.0f, false, false, false, false, true},
+        {"walking", 1, -1.0f, false, false, false, false, true},
+        {"click while walking", 1, -1.0f, true, false, false, true, true},
+        {"click let go, still walking", 1, -1.0f, false, false, false, true, true},
+        {"walking slowly", 1, -0.5f, false, false, false, true, true},
+        {"stick let go", 1, 0.0f, false, false, false, false, true},
+        {"walking again", 1, -1.0f, false, false, false, false, true},
+        {"the keyboard's sprint still counts", 1, -1.0f, false, false, true, true, true},
+        {"vehicle look click in play", 1, 0.0f, false, true, false, false, true},
+        {"let go", 1, 0.0f, false, false, false, false, true},
+        {"vehicle look click in station", 2, 0.0f, false, true, false, false, false},
+        {"held over a second pass, it flips once", 2, 0.0f, false, true, false, false, false},
+        {"let go again", 2, 0.0f, false, false, false, false, false},
+        {"clicked again", 2, 0.0f, false, true, false, false, true},
     };
     Plug(kPadSlot);
-    Game::_inputMode = 1;
     for (auto const& step : steps) {
         SCOPED_TRACE(step.name);
+        Game::_inputMode = step.mode;
         PadAxis(kAxisLeftY) = step.leftStickY;
-        PadButton(kButtonLeftThumb) = step.click;
+        PadButton(kButtonLeftThumb) = step.leftClick;
+        PadButton(kButtonRightThumb) = step.rightClick;
         window.SetKey(kKeyLeftShift, step.shift);
         Pass();
-        EXPECT_EQ(Controller::GetAvatarSprint(), step.expected);
+        EXPECT_EQ(Controller::GetAvatarSprint(), step.sprint);
+        EXPECT_EQ(Controller::vehicleGamepadLookMode, step.vehicleLook);
     }
-}
-
-TEST_F(ControllerTest, TheVehicleLookToggleActsOnlyInStationMode) {
-    Plug(kPadSlot);
-    auto click = [&] {
-        PadButton(kButtonRightThumb) = 1;
-        Pass();
-        Pass();
-        PadButton(kButtonRightThumb) = 0;
-        Pass();
-    };
-    Game::_inputMode = 1;
-    click();
-    EXPECT_TRUE(Controller::vehicleGamepadLookMode);
-    Game::_inputMode = 2;
-    click();
-    EXPECT_FALSE(Controller::vehicleGamepadLookMode) << "one click, held over two passes, flips once";
-    click();
-    EXPECT_TRUE(Controller::vehicleGamepadLookMode);
 }
 
 TEST_F(ControllerTest, AJoystickStillCountsWhereTheGamepadPartWaits) {
@@ -393,14 +384,10 @@ TEST_F(ControllerTest, AJoystickStillCountsWhereTheGamepadPartWaits) {
 
 // ---- Wiring ---------------------------------------------------------------------------------------------------------
 
-TEST_F(ControllerTest, GameInputUpdatePollsTheController) {
+TEST_F(ControllerTest, GameInputUpdatePollsTheControllerWhichReadsNothingWithoutAWindowOrSettings) {
     window.SetKey(kKeyEscape, 1);
     Game::InputUpdate(0.01);
     EXPECT_TRUE(Controller::GetEscape_Pressed());
-}
-
-TEST_F(ControllerTest, WithoutAWindowOrSettingsTheStateStaysZero) {
-    window.SetKey(kKeyEscape, 1);
     for (auto unplug : {std::function<void()>([] { Game::window = nullptr; }),
                         std::function<void()>([] { Game::settings = nullptr; })}) {
         Game::window = &window;

@@ -11,6 +11,7 @@ using game::entity::ConvexMeshCollider;
 using game::physics::DynamicRigidbody;
 using game::physics::EnvironmentFunction;
 using game::physics::EnvironmentInfo;
+using game::physics::GetDragForce;
 
 namespace {
 
@@ -40,15 +41,7 @@ constexpr double kStep = 1.0 / 240.0;
 
 }
 
-class EnvironmentTest : public PhysicsWorld {
-protected:
-    /// 2 m by 2 m, 2 cm thick, lying flat; 2 kg.
-    static std::shared_ptr<game::entity::ServerSideEntity> Plate(glm::dvec3 position) {
-        return Box(position, {1.0, 0.01, 1.0}, 2.0);
-    }
-};
-
-// ---- Gravity and surfaces ------------------------------------------------------------------------------------------
+using EnvironmentTest = PhysicsWorld;
 
 TEST_F(EnvironmentTest, WithoutGravityNothingIsMet) {
     EnvironmentFunction function = Medium{.gravity = glm::dvec3(0.0), .density = 1000.0, .viscosity = 1e-3};
@@ -67,7 +60,9 @@ TEST_F(EnvironmentTest, WithoutGravityNothingIsMet) {
 
 TEST_F(EnvironmentTest, PlatePushesAlongItsNormalByHowSquarelyItMeetsTheFlow) {
     EnvironmentFunction function = Medium{.density = 1000.0, .onRequest = true};
-    auto sliding = Plate({0.0, 50.0, 0.0});
+    // 2 m by 2 m, 2 cm thick, lying flat; 2 kg.
+    glm::dvec3 const plate(1.0, 0.01, 1.0);
+    auto sliding = Box({0.0, 50.0, 0.0}, plate, 2.0);
     sliding->linear_velocity = {3.0, 0.0, 0.0};
     DynamicRigidbody edgeOn(sliding, kTick);
     edgeOn.ComputeAerodynamicSurfaces(function);
@@ -78,7 +73,7 @@ TEST_F(EnvironmentTest, PlatePushesAlongItsNormalByHowSquarelyItMeetsTheFlow) {
     EXPECT_EQ(edgeOn.linear_velocity, glm::dvec3(3.0, 0.0, 0.0)) << "a plate moving in its plane meets no force";
 
     // Falling flat at 10 m/s through water: the raw force, 200 kN on 2 kg, is capped at 0.2 s per unit of mass.
-    auto falling = Plate({0.0, 50.0, 0.0});
+    auto falling = Box({0.0, 50.0, 0.0}, plate, 2.0);
     falling->linear_velocity = {0.0, -10.0, 0.0};
     DynamicRigidbody faceOn(falling, kTick);
     faceOn.ComputeAerodynamicSurfaces(function);
@@ -91,8 +86,6 @@ TEST_F(EnvironmentTest, PlatePushesAlongItsNormalByHowSquarelyItMeetsTheFlow) {
     EXPECT_NEAR(faceOn.linear_velocity.y, -10.0 + 0.2 * 10.0 * kStep, 1e-12);
     EXPECT_EQ(faceOn.angular_velocity, glm::dvec3(0.0)) << "pushed through its centre line";
 }
-
-// ---- Buoyancy and damping ------------------------------------------------------------------------------------------
 
 TEST_F(EnvironmentTest, CollidersTooSmallForTheBodyDoNotFloat) {
     EnvironmentFunction function = Medium{.density = 1000.0};
@@ -124,8 +117,6 @@ TEST_F(EnvironmentTest, OnlyAMediumMoreViscousThanAirDamps) {
     EXPECT_NEAR(sideways(2.1e-5), 1.0 - 0.5 * 1000.0 * 5.0 * 2.1e-5 * kStep, 1e-12);
 }
 
-// ---- Terrain -------------------------------------------------------------------------------------------------------
-
 TEST_F(EnvironmentTest, TerrainContactLiftsTheBodyUnlessTheColliderCancelsIt) {
     EnvironmentFunction function = Medium{};
     int calls = 0;
@@ -153,12 +144,10 @@ TEST_F(EnvironmentTest, TerrainContactLiftsTheBodyUnlessTheColliderCancelsIt) {
     EXPECT_EQ(kept.linear_velocity, glm::dvec3(0.0));
 }
 
-// ---- Drag for modules ----------------------------------------------------------------------------------------------
-
 TEST(DragForceTest, PairsSizesPerAxisAsModulesExpect) {
     glm::dvec3 size(2.0, 3.0, 5.0);
-    EXPECT_EQ(game::physics::GetDragForce(1.2, size, glm::dvec3(0.0), 1.0, 1e-3), glm::dvec3(0.0));
+    EXPECT_EQ(GetDragForce(1.2, size, glm::dvec3(0.0), 1.0, 1e-3), glm::dvec3(0.0));
     // K = -0.5 * 2 * 1 = -1: x uses size.x size.y, y size.y size.z, z size.x size.z; the sign opposes the motion.
-    EXPECT_EQ(game::physics::GetDragForce(2.0, size, {1.0, -1.0, 2.0}, 1.0, 0.0), glm::dvec3(-6.0, 15.0, -40.0));
-    EXPECT_DOUBLE_EQ(game::physics::GetDragForce(0.0, size, {0.0, 0.0, 1.0}, 1.0, 1.0).z, -6.0 * std::numbers::pi * 5.0);
+    EXPECT_EQ(GetDragForce(2.0, size, {1.0, -1.0, 2.0}, 1.0, 0.0), glm::dvec3(-6.0, 15.0, -40.0));
+    EXPECT_DOUBLE_EQ(GetDragForce(0.0, size, {0.0, 0.0, 1.0}, 1.0, 1.0).z, -6.0 * std::numbers::pi * 5.0);
 }

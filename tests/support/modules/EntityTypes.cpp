@@ -1,7 +1,8 @@
 // TEST_entities: a content module that registers entity types whose interfaces keep state of their own, for the
 // entity and save tests. Types: "counter" (no config; counts its updates), "saved_counter" (a counter that marks
 // itself to be saved and writes a note whose length follows its count, so a torn file shows), "kept" (marks itself
-// to be saved and never changes), and "crate" and "door" with the bundled configs. The same types are registered on the client side, with an interface that does nothing.
+// to be saved and never changes), and "crate" and "door" with the bundled configs. The same types are registered on
+// the client side, with an interface that does nothing.
 
 #include "modules/ModuleApi.h"
 
@@ -18,7 +19,10 @@ namespace {
 
 std::string const kModule = quorl::modular::ModuleID("TEST_entities").String();
 
+enum class Kind { Counter, SavedCounter, Kept };
+
 /// Its state: how many updates it has seen, and a note; both go into the save file's block.
+template <Kind kind>
 class CounterInterface : public ServerSideEntity::Interface {
 public:
     void WriteState(quorl::filesystem::WriteOnlyStream& stream) override {
@@ -31,8 +35,16 @@ public:
         stream.Read(updates);
         stream.Read(note);
     }
-    void Start() override {}
-    void Update(double) override { ++updates; }
+    void Start() override {
+        if (auto living = entity.lock(); living && kind != Kind::Counter)
+            living->save_tag = 1;
+    }
+    void Update(double) override {
+        if constexpr (kind == Kind::Counter)
+            ++updates;
+        else if constexpr (kind == Kind::SavedCounter)
+            note = CounterState::Pattern(++updates);
+    }
     void Action(quorl::filesystem::ReadOnlyStream&, unsigned long, std::string const&) override {}
     void FullSync(quorl::filesystem::WriteOnlyStream& stream) override { stream.Write(updates); }
 
@@ -40,31 +52,11 @@ public:
     std::string note;
 };
 
-/// Saved at every save, with a state that changes at every update.
-class SavedCounterInterface : public CounterInterface {
-public:
-    void Start() override {
-        if (auto living = entity.lock())
-            living->save_tag = 1;
-    }
-    void Update(double) override { note = CounterState::Pattern(++updates); }
-};
-
-/// Saved at every save, and the same at every save.
-class KeptInterface : public CounterInterface {
-public:
-    void Start() override {
-        if (auto living = entity.lock())
-            living->save_tag = 1;
-    }
-    void Update(double) override {}
-};
-
 /// The type on both sides, sharing one config as a game that hosts its own server does.
-template <class Behaviour = CounterInterface>
+template <Kind kind = Kind::Counter>
 void Register(std::string const& type, std::shared_ptr<EntityConfig> config) {
     ServerSideEntity::_registered_interfaces[kModule][type] = ServerSideEntity::EntityTypeDef{
-        quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<Behaviour>(); }};
+        quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<CounterInterface<kind>>(); }};
     ClientSideEntity::_registered_interfaces[kModule][type] = ClientSideEntity::EntityTypeDef{
         quorl::modular::ModuleID(kModule), type, config, [] { return std::make_shared<ClientSideEntity::Interface>(); }};
 }
@@ -73,8 +65,8 @@ void Register(std::string const& type, std::shared_ptr<EntityConfig> config) {
 
 extern "C" void Load() {
     Register("counter", nullptr);
-    Register<SavedCounterInterface>("saved_counter", nullptr);
-    Register<KeptInterface>("kept", nullptr);
+    Register<Kind::SavedCounter>("saved_counter", nullptr);
+    Register<Kind::Kept>("kept", nullptr);
     Register("crate", std::make_shared<EntityConfig>(MERIDON_CONTENT_DIR "/entities/crate.entity"));
     Register("door", std::make_shared<EntityConfig>(MERIDON_CONTENT_DIR "/entities/door.entity"));
     ServerSideEntity::_registered_items[kModule].insert("crowbar");
