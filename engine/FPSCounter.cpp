@@ -11,13 +11,13 @@ double Seconds(FPSCounter::Clock::duration d) {
 }
 
 FPSCounter::BusyScope::~BusyScope() {
-    _counter.AddBusyTime(Clock::now() - _start);
+    _counter.AddBusyTime(now() - _start);
 }
 
 FPSCounter::FPSCounter(double period) : _period(period) {}
 
 double FPSCounter::Tick() {
-    auto now = Clock::now();
+    auto const now = FPSCounter::now();
     if (!_started) {
         _started = true;
         _lastTick = _windowStart = now;

@@ -12,11 +12,13 @@ namespace quorl {
 class QUORL_EXPORT FPSCounter {
 public:
     using Clock = std::chrono::steady_clock;
+    /// The time source of every counter; tests step a clock of their own.
+    static inline Clock::time_point (*now)() = Clock::now;
 
     /// Counts the time from construction to destruction as busy time of the loop.
     class QUORL_EXPORT BusyScope {
     public:
-        explicit BusyScope(FPSCounter& counter) : _counter(counter), _start(Clock::now()) {}
+        explicit BusyScope(FPSCounter& counter) : _counter(counter), _start(now()) {}
         ~BusyScope();
         BusyScope(BusyScope const&) = delete;
         BusyScope& operator=(BusyScope const&) = delete;

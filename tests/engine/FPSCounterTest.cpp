@@ -2,28 +2,35 @@
 
 #include <gtest/gtest.h>
 
-#include <thread>
-
 using quorl::FPSCounter;
+using namespace std::chrono_literals;
 
-TEST(FPSCounterTest, StartsAtFullLoadAndNoRateAndPublishesRateAndLoadAfterAPeriod) {
-    FPSCounter counter(0.05);
+namespace {
+FPSCounter::Clock::time_point clockNow;
+}
+
+TEST(FPSCounterTest, StartsAtFullLoadAndNoRateAndPublishesRateAndLoadOncePerPeriod) {
+    auto const realClock = FPSCounter::now;
+    FPSCounter::now = [] { return clockNow; };
+    FPSCounter counter(1.0);
     EXPECT_EQ(counter.Load(), 1.0);
     EXPECT_EQ(counter.TicksPerSecond(), 0.0);
     EXPECT_EQ(counter.FrameTime(), 0.0);
     EXPECT_EQ(counter.Tick(), 0.0);
-    auto start = std::chrono::steady_clock::now();
-    // Busy for about a quarter of each pass: the load lands well below 1 and above 0 whatever the machine's speed.
-    while (std::chrono::steady_clock::now() - start < std::chrono::milliseconds(80)) {
+    // 10 ms passes, busy for the first 2.5 ms of each.
+    for (int pass = 1; pass <= 100; ++pass) {
         {
             auto busy = counter.Busy();
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            clockNow += 2500us;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
-        counter.Tick();
+        clockNow += 7500us;
+        EXPECT_DOUBLE_EQ(counter.Tick(), 0.01);
+        if (pass == 99) {
+            EXPECT_EQ(counter.TicksPerSecond(), 0.0) << "nothing is published before a whole period";
+        }
     }
-    EXPECT_GT(counter.TicksPerSecond(), 0.0);
-    EXPECT_GT(counter.Load(), 0.0);
-    EXPECT_LT(counter.Load(), 0.9);
-    EXPECT_GT(counter.FrameTime(), 0.0);
+    EXPECT_DOUBLE_EQ(counter.TicksPerSecond(), 100.0);
+    EXPECT_DOUBLE_EQ(counter.Load(), 0.25);
+    EXPECT_DOUBLE_EQ(counter.FrameTime(), 0.01);
+    FPSCounter::now = realClock;
 }
