@@ -1,8 +1,9 @@
 // The example module, content side: MERIDON_example.MERIDON_Mod.so. Content modules are listed in Game::_mods
 // (the launcher's "mods"); Game::Start loads them and calls Load, and Game::Stop calls Unload before closing them.
 //
-// This one brings the entity types of the demo world: a crate, a door, a wheel assembly and a light box. A type is
-// a config file (the shape: nodes, joints, colliders) and a factory of the Interface that gives each entity its
+// This one brings the entity types of the demo world: a crate, a door, a wheel assembly, a light box, and the parts
+// of a rover (body and wheel), of a glider (wing) and a buoy. A type is a config file (the shape: nodes, joints,
+// colliders) with the mesh of the same stem beside it, and a factory of the Interface that gives each entity its
 // behaviour and its own part of the save file.
 
 #include "modules/ServerModuleApi.h"
@@ -21,6 +22,9 @@ extern "C" uint32_t const _MERIDON_Mod_VERSION = MERIDON_MOD_VERSION;
 namespace {
 
 std::string const kModule = "MERIDON_example";
+// Each the stem of a file in the module's entities/ folder.
+char const* const kTypes[] = {"crate",      "door",  "light_box",   "wheel_assembly",
+                              "rover_body", "wheel", "glider_wing", "buoy"};
 
 /// Counts how often the entity has been loaded; the count lives in the entity's save file.
 class ExampleInterface : public ServerSideEntity::Interface {
@@ -54,7 +58,7 @@ public:
 extern "C" void Load() {
     std::filesystem::path const folder = std::filesystem::path(MERIDON_Mod::GetModule(kModule)->path).parent_path();
     auto& types = ServerSideEntity::_registered_interfaces[quorl::modular::ModuleID(kModule).String()];
-    for (char const* type : {"crate", "door", "light_box", "wheel_assembly"}) {
+    for (char const* type : kTypes) {
         auto config = std::make_shared<EntityConfig>((folder / "entities" / (std::string(type) + ".entity")).string());
         types[type] = {quorl::modular::ModuleID(kModule), type, config,
                        [] { return std::make_shared<ExampleInterface>(); }};
