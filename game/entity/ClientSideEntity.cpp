@@ -1,15 +1,21 @@
 // Client-side entities: registries, construction, the glide towards the server's state, and the client's physics
-// step.
+// step, which places what draws each entity.
 //
-// Renderables: the instances that draw an entity (mesh nodes, light boxes, the plasma trail) are made and moved by
-// the rendering code, which fills `renderables`; until an entity has them, InitNodes, InitMeshRenderables,
-// SetVisibility and PhysicsStep keep only what those instances will be made from (node transforms, the visibility
-// flag, the trail's figures).
+// Renderables: an entity is drawn by the instances it makes from its type (one per mesh node, one per light box)
+// and by its plasma trail. They are GPU records, so a process without a renderer makes none; everything else about
+// the entity works the same there.
 
 #include "game/entity/ClientSideEntity.h"
 
 #include "game/Game.h"
 #include "game/entity/EntityConfig.h"
+#include "game/graphics/GameRenderer.h"
+#include "game/graphics/Mesh.h"
+#include "game/graphics/PlasmaTrail.h"
+#include "game/graphics/RenderableInstance.h"
+
+#include <glm/gtc/quaternion.hpp>
+#include <glm/gtx/quaternion.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -30,6 +36,23 @@ namespace {
 constexpr int kMaxTreeDepth = 4096;
 /// Below this speed no body glows, whatever the medium.
 constexpr double kPlasmaTrailMinimumSpeed = 100.0;
+/// Hit groups of the shaders.
+constexpr uint32_t kMeshHitGroup = 1;
+constexpr uint32_t kLightBoxHitGroup = 9;
+constexpr char const* kPlasmaTrailName = "_plasma_trail";
+
+using game::graphics::RenderableInstance;
+
+/// The box of room a light fills, drawn from the box alone: no mesh, no override records.
+std::shared_ptr<RenderableInstance> LightBoxInstance(EntityConfig::LightBox const& lightBox) {
+    auto instance = RenderableInstance::Make<RenderableInstance>(kLightBoxHitGroup);
+    auto box = std::make_shared<RenderableInstance::AabbGeometry>(1);
+    (*box->boxes)[0] = {lightBox.box_min, lightBox.box_max, 0};
+    instance->geometries.push_back(box);
+    instance->flags.visible = 1;
+    instance->flags.active = 0;
+    return instance;
+}
 }
 
 // ---- Construction --------------------------------------------------------------------------------------------------
@@ -48,7 +71,12 @@ ClientSideEntity::ClientSideEntity(Id id, quorl::modular::ModuleID const& module
         InitMeshRenderables(config->GetMesh());
 }
 
-ClientSideEntity::~ClientSideEntity() = default;
+ClientSideEntity::~ClientSideEntity() {
+    // A frame in flight may still read the instances' buffers.
+    if (Game::renderer)
+        for (auto& [name, renderable] : renderables)
+            Game::renderer->Trash(std::move(renderable));
+}
 
 void ClientSideEntity::InitNodes() {
     BaseEntity::InitNodes();
@@ -57,9 +85,11 @@ void ClientSideEntity::InitNodes() {
             node_transforms[name] = config->GetAbsoluteTransform(name);
         for (auto const& [name, camera] : config->cameras)
             node_transforms[name] = config->GetAbsoluteTransform(name);
-        // Light boxes draw from their box alone: their instances need the node, no mesh.
-        for (auto const& [name, lightBox] : config->light_boxes)
+        for (auto const& [name, lightBox] : config->light_boxes) {
             node_transforms[name] = config->GetAbsoluteTransform(name);
+            if (Game::renderer)
+                renderables[name] = LightBoxInstance(lightBox);
+        }
     }
     for (auto& [name, collider] : colliders) {
         collider.entity = id;
@@ -67,8 +97,25 @@ void ClientSideEntity::InitNodes() {
     }
 }
 
-void ClientSideEntity::InitMeshRenderables(std::shared_ptr<const game::graphics::Mesh>) {
-    // A mesh's node instances are made by the rendering code; a type without a mesh has none.
+void ClientSideEntity::InitMeshRenderables(std::shared_ptr<const game::graphics::Mesh> mesh) {
+    if (!mesh || !Game::renderer)
+        return;
+    for (auto const& [name, geometries] : mesh->nodes) {
+        auto instance = RenderableInstance::Make<RenderableInstance>(kMeshHitGroup);
+        // Clones of a mesh instance would share its override records' geometry indices but not the records.
+        instance->flags.cloneSource = 0;
+        if (!geometries.empty())
+            instance->firstGeometry = geometries.front();
+        instance->geometries.reserve(geometries.size());
+        for (auto const& geometry : geometries) {
+            instance->materials[geometry->material].push_back(static_cast<unsigned int>(instance->geometries.size()));
+            instance->geometries.push_back(geometry);
+        }
+        instance->CreateRenderableData();
+        instance->flags.visible = visible;
+        instance->flags.active = 1;
+        renderables[name] = instance;
+    }
 }
 
 // ---- Registry ------------------------------------------------------------------------------------------------------
@@ -183,6 +230,8 @@ void ClientSideEntity::Ui() {
 
 void ClientSideEntity::SetVisibility(bool visible) {
     this->visible = visible;
+    for (auto const& [name, renderable] : renderables)
+        renderable->flags.visible = visible;
 }
 
 // Both defaults mark themselves, so the frame stops calling them: most interfaces override neither.
@@ -196,34 +245,56 @@ void ClientSideEntity::Interface::AfterUpdate(double) {
 
 // ---- Physics step --------------------------------------------------------------------------------------------------
 
-PlasmaTrailFigures PlasmaTrailFigures::For(double speed, double density, double bounds_radius) {
-    PlasmaTrailFigures figures;
-    figures.heat = speed * speed * density / 1e8;
-    figures.glow = speed * std::pow(density, 0.15) / 1000.0;
-    figures.active = figures.heat > 0.001 || figures.glow > 0.01;
-    figures.length_scale = 1.1 * bounds_radius;
-    figures.size_factor = std::clamp(std::max(figures.heat, figures.glow / 5000.0) * 100.0, 0.0, 500.0);
-    figures.intensity = std::clamp(figures.glow * 500.0, 0.0, 2500.0);
-    return figures;
-}
-
 void ClientSideEntity::PhysicsUpdate(double) {
     ForEach([](std::shared_ptr<ClientSideEntity> const& entity) { entity->PhysicsStep(); });
 }
 
 void ClientSideEntity::PhysicsStep() {
-    double const speed = glm::length(linear_velocity);
-    if (dynamic && parent.IsNull() && Game::parentEnvironmentId != 0 && speed > kPlasmaTrailMinimumSpeed) {
-        double density = 0.0;
-        auto function = Game::_environmentFunctions.find(Game::parentEnvironmentId);
-        if (function != Game::_environmentFunctions.end() && function->second)
-            density = function->second(position, game::ENVIRONMENT_BODY, 0.0).density;
-        plasma_trail = PlasmaTrailFigures::For(speed, density, bounds_radius);
-    } else {
-        plasma_trail = PlasmaTrailFigures{};
+    if (!renderables.empty() || Game::renderer) {
+        glm::dmat4 const inEnvironment = GetAbsoluteTransformInEnvironment();
+        if (Game::renderer)
+            PlasmaTrailStep(inEnvironment);
+        for (auto const& [name, renderable] : renderables) {
+            auto const node = node_transforms.find(name);
+            if (node == node_transforms.end())
+                continue;
+            glm::dmat4 const transform = inEnvironment * node->second;
+            renderable->flags.moved = transform != renderable->transform;
+            renderable->transform = transform;
+        }
     }
     // The nodes are posed for this frame and what draws them has followed: a one-shot request is done.
     nodes_dirty = false;
+}
+
+void ClientSideEntity::PlasmaTrailStep(glm::dmat4 const& inEnvironment) {
+    auto existing = renderables.find(kPlasmaTrailName);
+    auto trail = existing == renderables.end()
+        ? nullptr
+        : std::dynamic_pointer_cast<game::graphics::PlasmaTrail>(existing->second);
+    double const speed = glm::length(linear_velocity);
+    if (!dynamic || !parent.IsNull() || Game::parentEnvironmentId == 0 || !(speed > kPlasmaTrailMinimumSpeed)) {
+        if (trail)
+            trail->flags.visible = 0;
+        return;
+    }
+    if (!trail) {
+        trail = RenderableInstance::Make<game::graphics::PlasmaTrail>();
+        renderables[kPlasmaTrailName] = trail;
+    }
+    game::physics::EnvironmentInfo medium;
+    auto function = Game::_environmentFunctions.find(Game::parentEnvironmentId);
+    if (function != Game::_environmentFunctions.end() && function->second)
+        medium = function->second(position, game::ENVIRONMENT_BODY, 0.0);
+    float const halfWidth = static_cast<float>(1.1 * bounds_radius);
+    bool const glows = trail->Set(glm::vec4(glm::vec3(linear_velocity), halfWidth), medium.density,
+        medium.liquidDensity);
+    trail->flags.visible = glows && visible;
+    // The trail's box reaches along +y from the body: turned to lie along the flight, behind the body.
+    glm::dmat4 const along = glm::toMat4(glm::rotation(glm::dvec3(0.0, 1.0, 0.0), -linear_velocity / speed));
+    glm::dmat4 const transform = glm::translate(glm::dmat4(1.0), glm::dvec3(inEnvironment[3])) * along;
+    trail->flags.moved = transform != trail->transform;
+    trail->transform = transform;
 }
 
 // ---- Transforms ----------------------------------------------------------------------------------------------------

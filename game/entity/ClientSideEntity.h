@@ -15,26 +15,6 @@ class RenderableInstance;
 
 namespace game::entity {
 
-/// The glow of a body in fast flight through a medium, as the client's physics step judges it each frame. The
-/// trail's renderable reads these figures when it draws.
-struct MERIDON_EXPORT PlasmaTrailFigures {
-    /// Speed squared times density over 1e8.
-    double heat = 0.0;
-    /// Speed times density to the power 0.15, over 1000.
-    double glow = 0.0;
-    /// Whether there is anything to see: heat above 0.001 or glow above 0.01.
-    bool active = false;
-    /// 1.1 times the entity's bounds radius.
-    double length_scale = 0.0;
-    /// max(heat, glow / 5000) times 100, within 0..500.
-    double size_factor = 0.0;
-    /// Glow times 500, within 0..2500.
-    double intensity = 0.0;
-
-    /// The figures of a body moving at `speed` through a medium of `density`.
-    static PlasmaTrailFigures For(double speed, double density, double bounds_radius);
-};
-
 /// The client's shadow of a server entity: it moves smoothly towards the states the server sends (the target
 /// fields, filled by network or module code), poses its nodes with the type's joint solver and places what draws it.
 /// Entities live in `_sharedObjects`, which owns them; walks hold the shared side of `_sharedObjectsMutex`.
@@ -81,8 +61,8 @@ public:
     /// The module that registered `name` as a client entity type; the null id when none did.
     static quorl::modular::ModuleID FindModuleID(std::string const& name);
 
-    /// The client's physics step, once per frame on the game thread: the plasma-trail judgement of every entity,
-    /// and what draws it follows its nodes.
+    /// The client's physics step, once per frame on the game thread: every entity's plasma trail, and what draws
+    /// it follows its nodes.
     static void PhysicsUpdate(double dt);
 
     /// Entity space to the frame of the environment: this entity's transform, then each parent's, up the chain.
@@ -91,7 +71,7 @@ public:
     /// The same, kept between calls; `changed` tells whether it differs from what the previous call returned.
     glm::dmat4 const& GetAbsoluteTransformInEnvironmentCached(bool& changed);
 
-    /// Makes the renderables of the type's mesh; nothing for a null mesh.
+    /// Makes one renderable per node of the type's mesh, under the node's name; nothing for a null mesh.
     void InitMeshRenderables(std::shared_ptr<const game::graphics::Mesh> mesh);
 
     Id id;
@@ -104,10 +84,9 @@ public:
     /// Set by whoever fills the target fields.
     bool has_target = false;
     std::shared_ptr<Interface> interface;
-    /// What draws the entity, by node name; the plasma trail is "_plasma_trail".
+    /// What draws the entity, by node name; the plasma trail is "_plasma_trail". Made only where there is a
+    /// renderer: GPU records need its device.
     std::unordered_map<std::string, std::shared_ptr<game::graphics::RenderableInstance>> renderables;
-    /// The last judgement of the plasma trail, for its renderable.
-    PlasmaTrailFigures plasma_trail;
     /// The flag last given to SetVisibility, for renderables made afterwards.
     bool visible = true;
 
@@ -119,6 +98,8 @@ public:
 private:
     /// Plasma trail and renderables of one entity, under the registry's shared lock.
     void PhysicsStep();
+    /// Makes, fits or hides the trail, when the entity flies freely in an environment.
+    void PlasmaTrailStep(glm::dmat4 const& inEnvironment);
 
     glm::dmat4 _cachedTransformInEnvironment{1.0};
 };

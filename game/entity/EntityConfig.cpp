@@ -10,6 +10,8 @@
 #include "game/entity/EntityConfig.h"
 
 #include "engine/String.h"
+#include "game/Game.h"
+#include "game/graphics/Mesh.h"
 
 #include <glm/common.hpp>
 #include <glm/geometric.hpp>
@@ -19,6 +21,7 @@
 #include <cctype>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 
@@ -236,7 +239,21 @@ void EntityConfig::ReadOnce() {
 }
 
 std::shared_ptr<game::graphics::Mesh> EntityConfig::GetMesh() const {
-    return mesh; // Null until the mesh loader fills it.
+    std::lock_guard lock(meshMutex);
+    if (mesh || meshFailed || !Game::renderer)
+        return mesh;
+    std::filesystem::path path(static_cast<std::string const&>(*this));
+    path.replace_extension(".gltf");
+    if (!std::filesystem::exists(path))
+        return nullptr;
+    try {
+        mesh = std::make_shared<game::graphics::Mesh>(path.string());
+    } catch (std::exception const& error) {
+        // Entities of the type still work; they are only not drawn.
+        std::cerr << path.string() << ": " << error.what() << std::endl;
+        meshFailed = true;
+    }
+    return mesh;
 }
 
 // ---- The node tree -------------------------------------------------------------------------------------------------

@@ -116,7 +116,9 @@ public:
     /// reported on stderr with its path and read as an empty one. Takes no lock.
     void ReadConfig() override;
 
-    /// The type's mesh; null until a mesh loader sets it.
+    /// The type's mesh, the ".gltf" of the config's stem beside it, loaded by the first caller and shared by every
+    /// entity of the type. Null without such a file (asked again next time), without a renderer, or when the file
+    /// is malformed (reported once on stderr with its path; not asked again).
     std::shared_ptr<game::graphics::Mesh> GetMesh() const;
 
     /// The node in entity space. Throws std::out_of_range for an unknown node; a parent that names no node counts
@@ -140,11 +142,14 @@ public:
     std::unordered_map<std::string, Adapter> adapters;
     std::unordered_map<std::string, LightBox> light_boxes;
     std::unordered_map<std::string, Node> nodes;
-    std::shared_ptr<game::graphics::Mesh> mesh;
+    mutable std::shared_ptr<game::graphics::Mesh> mesh;
 
     /// Guards the one lazy ReadConfig of ReadOnce; `loaded` tells whether it happened.
     std::mutex mutex;
     bool loaded = false;
+    /// Guards GetMesh's load; the mesh failed to load and is not asked for again.
+    mutable std::mutex meshMutex;
+    mutable bool meshFailed = false;
 
     JointSolver solver{this};
 

@@ -15,11 +15,6 @@ using game::entity::Id;
 
 class ClientSideEntityTest : public testing::Test {
 protected:
-    ~ClientSideEntityTest() override {
-        Game::parentEnvironmentId = 0;
-        Game::_environmentFunctions.clear();
-    }
-
     static std::shared_ptr<ClientSideEntity> Make(std::string const& type) {
         return ClientSideEntity::Create(Id::Generate("ENTT"), EntityWorld::Module(), type);
     }
@@ -47,8 +42,6 @@ double DegreesBetween(glm::dquat const& a, glm::dquat const& b) {
 }
 
 }
-
-// ---- Following the server ------------------------------------------------------------------------------------------
 
 TEST_F(ClientSideEntityTest, FollowingStatesSentAt20HzGlidesWithoutOvershootAndSettlesOnTheLast) {
     auto entity = Glider();
@@ -123,8 +116,6 @@ TEST_F(ClientSideEntityTest, TargetIsTakenAtOnceOrHeldByTheFlagsAndTheRate) {
     }
 }
 
-// ---- Types and the registry ----------------------------------------------------------------------------------------
-
 TEST_F(ClientSideEntityTest, ShadowsOnlyRegisteredTypesWithAFactory) {
     EXPECT_THROW(ClientSideEntity(Id::Generate("ENTT"), quorl::modular::ModuleID("NOBODY_here"), "door"),
                  std::out_of_range);
@@ -138,7 +129,6 @@ TEST_F(ClientSideEntityTest, ShadowsOnlyRegisteredTypesWithAFactory) {
     auto config = ClientSideEntity::GetEntityConfig(module.c_str(), "door");
     ASSERT_NE(config, nullptr);
     EXPECT_TRUE(config->loaded);
-    EXPECT_EQ(config->mass, 32.0);
     EXPECT_EQ(ClientSideEntity::FindModuleID("door"), EntityWorld::Module());
     EXPECT_EQ(ClientSideEntity::FindModuleID("ghost"), quorl::modular::ModuleID());
 
@@ -159,72 +149,20 @@ TEST_F(ClientSideEntityTest, ForEachVisitsEveryLivingEntityWhichMayLookOthersUp)
     EXPECT_EQ(seen, made);
 }
 
-// ---- Joints --------------------------------------------------------------------------------------------------------
-
-TEST_F(ClientSideEntityTest, DoorDrivenPastItsLimitClampsAndItsLeafAndPanelSwingWithTheHinge) {
+TEST_F(ClientSideEntityTest, DoorWithItsNodesMarkedPosesItsLeafAndPanelOnce) {
     auto door = Make("door");
-    glm::dvec3 const rest(door->colliders.at("leaf").transform[3]);
     ASSERT_TRUE(door->node_transforms.contains("leaf_panel")) << "renderable nodes are posed from the start";
     glm::dmat4 const panelAtRest = door->node_transforms.at("leaf_panel");
 
     door->joints.at("hinge").angular = {0.0f, 0.0f, 135.0f};
     door->nodes_dirty = true;
     door->Update(1.0 / 60.0);
-    EXPECT_EQ(door->joints.at("hinge").angular.z, 90.0f);
-    EXPECT_EQ(door->colliders.at("leaf").transform, door->node_transforms.at("leaf"));
-    EXPECT_NEAR(glm::distance(glm::dvec3(door->colliders.at("leaf").transform[3]), rest), 0.5 * std::sqrt(2.0), 1e-5);
     EXPECT_NE(door->node_transforms.at("leaf_panel"), panelAtRest);
+    EXPECT_EQ(door->colliders.at("leaf").transform, door->node_transforms.at("leaf")) << "colliders follow their nodes";
 
     ClientSideEntity::PhysicsUpdate(1.0 / 60.0);
     EXPECT_FALSE(door->nodes_dirty) << "a one-shot request is done once the frame has posed the nodes";
 }
-
-// ---- The client's physics step -------------------------------------------------------------------------------------
-
-TEST_F(ClientSideEntityTest, PlasmaTrailGlowsOnlyAboveAHundredInAnEnvironment) {
-    Game::_environmentFunctions[7] = [](glm::dvec3 const&, game::EnvironmentInfoFlags, double) {
-        game::physics::EnvironmentInfo air;
-        air.density = 1.2;
-        return air;
-    };
-    Game::parentEnvironmentId = 7;
-    auto body = Make("crate");
-    body->dynamic = true;
-
-    body->linear_velocity = {0.0, 100.0, 0.0};
-    ClientSideEntity::PhysicsUpdate(1.0 / 60.0);
-    EXPECT_FALSE(body->plasma_trail.active) << "exactly 100 is not above 100";
-
-    body->linear_velocity = {0.0, 0.0, 2000.0};
-    ClientSideEntity::PhysicsUpdate(1.0 / 60.0);
-    auto const& trail = body->plasma_trail;
-    EXPECT_TRUE(trail.active);
-    EXPECT_DOUBLE_EQ(trail.heat, 0.048);
-    EXPECT_DOUBLE_EQ(trail.glow, 2.0 * std::pow(1.2, 0.15));
-    EXPECT_DOUBLE_EQ(trail.size_factor, 4.8);
-    EXPECT_DOUBLE_EQ(trail.intensity, 1000.0 * std::pow(1.2, 0.15));
-    EXPECT_DOUBLE_EQ(trail.length_scale, 1.1 * body->bounds_radius);
-
-    // Riding on a parent, or outside any environment, nothing glows.
-    body->parent = Id::Generate("ENTT");
-    ClientSideEntity::PhysicsUpdate(1.0 / 60.0);
-    EXPECT_FALSE(body->plasma_trail.active);
-    body->parent = {};
-    Game::parentEnvironmentId = 0;
-    ClientSideEntity::PhysicsUpdate(1.0 / 60.0);
-    EXPECT_FALSE(body->plasma_trail.active);
-}
-
-TEST_F(ClientSideEntityTest, PlasmaTrailFiguresAreClamped) {
-    auto const faint = game::entity::PlasmaTrailFigures::For(150.0, 1e-12, 1.0);
-    EXPECT_FALSE(faint.active);
-    auto const fierce = game::entity::PlasmaTrailFigures::For(1e5, 10.0, 1.0);
-    EXPECT_TRUE(fierce.active);
-    EXPECT_EQ(fierce.size_factor, 500.0);
-    EXPECT_EQ(fierce.intensity, 2500.0);
-}
-
-// ---- Transforms ----------------------------------------------------------------------------------------------------
 
 TEST_F(ClientSideEntityTest, TransformInEnvironmentClimbsTheParentsUntilOneIsMissing) {
     auto ship = Make("counter");
