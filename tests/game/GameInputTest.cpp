@@ -1,41 +1,13 @@
-#include "tests/support/GameFixture.h"
+#include "tests/support/GameInputFixture.h"
 
-#include "engine/graphics/WindowHeadless.h"
-#include "game/input/Joystick.h"
+#include <string>
+#include <utility>
 
 namespace {
 constexpr int kCursorMode = 0x33001;
 constexpr int kCursorNormal = 0x34001;
 constexpr int kCursorDisabled = 0x34003;
 }
-
-class GameInputTest : public GameTest {
-protected:
-    void SetUp() override {
-        GameTest::SetUp();
-        Game::window = &window;
-    }
-    void TearDown() override {
-        Game::_joysticks.clear();
-        Game::window = nullptr;
-        GameTest::TearDown();
-    }
-
-    /// Plugs a device into `slot` and hands it to the game, as the launcher does.
-    std::shared_ptr<game::input::Joystick> Plug(int slot, bool gamepad, int axes, std::string guid = "0300abcd") {
-        quorl::graphics::WindowHeadless::Device device;
-        device.guid = std::move(guid);
-        device.name = "device " + std::to_string(slot);
-        device.gamepad = gamepad;
-        device.axes.assign(axes, 0.0f);
-        window.ConnectJoystick(slot, device);
-        auto joystick = std::make_shared<game::input::Joystick>(slot);
-        Game::_joysticks[slot] = joystick;
-        return joystick;
-    }
-
-    quorl::graphics::WindowHeadless window;
-};
 
 TEST_F(GameInputTest, PlayAndStationLookWithTheMouseOnAFocusedWindowOnly) {
     struct Step {
@@ -74,12 +46,19 @@ TEST_F(GameInputTest, PlayAndStationLookWithTheMouseOnAFocusedWindowOnly) {
 }
 
 TEST_F(GameInputTest, JoysticksAreConnectedNonGamepadsWithMoreThanOneAxisAndGuidsMatchWholeIgnoringCase) {
-    Plug(0, false, 1);  // one axis: a pedal, never a joystick
-    auto pad = Plug(1, true, 6);
-    auto other = Plug(2, false, 3, "ffff0000");
-    auto first = Plug(3, false, 2, "0300ABCD");
-    auto second = Plug(4, false, 2);
-    auto prefix = Plug(5, false, 2, "0300ab");
+    auto device = [](bool gamepad, int axes, std::string guid = "0300abcd") {
+        quorl::graphics::WindowHeadless::Device made;
+        made.guid = std::move(guid);
+        made.gamepad = gamepad;
+        made.axes.assign(axes, 0.0f);
+        return made;
+    };
+    Plug(0, device(false, 1));  // one axis: a pedal, never a joystick
+    auto pad = Plug(1, device(true, 6));
+    auto other = Plug(2, device(false, 3, "ffff0000"));
+    auto first = Plug(3, device(false, 2, "0300ABCD"));
+    auto second = Plug(4, device(false, 2));
+    auto prefix = Plug(5, device(false, 2, "0300ab"));
 
     EXPECT_EQ(Game::GetFirstJoystick(), other);
     EXPECT_EQ(Game::GetFirstGamepad(), pad);

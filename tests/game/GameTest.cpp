@@ -83,7 +83,7 @@ public:
 
 }
 
-TEST_F(GameTest, ClientEntitiesUpdateBeforeTheModulesAndAfterThemUntilStopDropsThem) {
+TEST_F(GameTest, UpdateRunsClientEntitiesAroundTheModulesWithTheFrameTimeSmoothedFromHalfTheFirstFrame) {
     using game::entity::ClientSideEntity;
     GAME_Mod::LoadModule("TEST_alpha", true);
     SortAllLists();
@@ -93,28 +93,21 @@ TEST_F(GameTest, ClientEntitiesUpdateBeforeTheModulesAndAfterThemUntilStopDropsT
     auto idle = ClientSideEntity::Create(game::entity::Id::Generate("ENTT"), module, "journaling");
     auto started = ClientSideEntity::Create(game::entity::Id::Generate("ENTT"), module, "journaling");
     started->interface->started = true;
+    Game::mainRenderingFramerate.Tick();
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    Game::mainRenderingFramerate.Tick();
+    double const frame = Game::mainRenderingFramerate.FrameTime();
 
-    Game::Update(0.0);
+    Game::Update(123.0);  // the argument plays no part
     EXPECT_EQ(journal::Entries(), (Entries{"TEST_alpha.GAME_Mod:ModuleLoad", "entity:Update",
                                            "TEST_alpha.GAME_Mod:Game_Update", "entity:AfterUpdate"}));
+    EXPECT_DOUBLE_EQ(journal::LastNote("TEST_alpha:Game_Update"), 0.5 * frame);
+    Game::Update(0.0);
+    EXPECT_DOUBLE_EQ(journal::LastNote("TEST_alpha:Game_Update"), 0.75 * frame);
 
     Game::Stop();
     EXPECT_TRUE(ClientSideEntity::_sharedObjects.empty());
     EXPECT_TRUE(ClientSideEntity::_registered_interfaces.empty());
-}
-
-TEST_F(GameTest, FrameTimeIsSmoothedStartingFromHalfTheFirstFrame) {
-    GAME_Mod::LoadModule("TEST_alpha", true);
-    SortAllLists();
-    Game::mainRenderingFramerate.Tick();
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    Game::mainRenderingFramerate.Tick();
-    double frame = Game::mainRenderingFramerate.FrameTime();
-
-    Game::Update(123.0);  // the argument plays no part
-    EXPECT_DOUBLE_EQ(journal::LastNote("TEST_alpha:Game_Update"), 0.5 * frame);
-    Game::Update(0.0);
-    EXPECT_DOUBLE_EQ(journal::LastNote("TEST_alpha:Game_Update"), 0.75 * frame);
 }
 
 TEST_F(GameTest, SynchronizedWorkFromManyThreadsRunsOnceInOrderAtTheNextUpdate) {

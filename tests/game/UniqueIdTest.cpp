@@ -24,18 +24,14 @@ TEST(UniqueIdTest, GeneratedIdsCarryPrefixOwnerTimeAndChance) {
     uint64_t time = id.high & ((uint64_t(1) << 50) - 1);
     uint64_t random = id.high >> 50;
     EXPECT_GE(time, static_cast<uint64_t>(before) & ((uint64_t(1) << 50) - 1));
-    EXPECT_GE(random, 1u);
-    EXPECT_LE(random, 16383u);
+    EXPECT_GE(random, 1u) << "a zero high half would make a null id";
 }
 
 TEST(UniqueIdTest, StringFormRoundTripsWithEqualHashAndPutsTheBytesWhereItTookThem) {
-    for (int i = 0; i < 100; ++i) {
-        UniqueId id = UniqueId::Generate("NODE");
-        UniqueId parsed(id.String());
-        EXPECT_EQ(parsed, id);
-        EXPECT_EQ(std::hash<UniqueId>()(parsed), std::hash<UniqueId>()(id));
-        EXPECT_EQ(std::hash<UniqueId>()(id), id.high);
-    }
+    UniqueId const generated = UniqueId::Generate("NODE");
+    UniqueId const parsed(generated.String());
+    EXPECT_EQ(parsed, generated);
+    EXPECT_EQ(std::hash<UniqueId>()(parsed), std::hash<UniqueId>()(generated));
 
     UniqueId id("ENTT0100000001020304050607F8");
     unsigned char const bytes[16] = {'E', 'N', 'T', 'T', 0x01, 0, 0, 0, 0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0xF8};

@@ -62,6 +62,7 @@ TEST(WorldFaultTest, BadFilesGoToQuarantineAndTheRestOfTheWorldLoadsUntouched) {
     Files healthy = MakeWorld(world, "kept:9");
     ASSERT_EQ(healthy.size(), 9u);
 
+    // The only test that names these marks' damage; cut files are the entity save tests' own.
     struct Damage {
         char const* what;
         std::function<std::string(std::string)> apply;
@@ -75,8 +76,6 @@ TEST(WorldFaultTest, BadFilesGoToQuarantineAndTheRestOfTheWorldLoadsUntouched) {
         {"bit flipped in the interface mark",
          [](std::string b) { return Flipped(b, b.find("\n\n\n\n", 36), 0x20); },
          "Invalid save state interface magic string for entity "},
-        {"truncated", [](std::string b) { return b.substr(0, 60); }, "past the end of stream"},
-        {"empty", [](std::string) { return std::string(); }, "at offset 0 of 0"},
     };
     Files damaged;  // one victim per damage, in the same order
     for (auto const& damage : damages) {

@@ -5,8 +5,31 @@
 
 #include <gtest/gtest.h>
 
-/// A world for physics scenarios: entities made by hand, without a module, in an environment of flat ground at
-/// y = 0 with gravity (0, -9.81, 0) and no air, stepped by whole server ticks.
+/// A uniform medium over flat ground at y = 0. With `onRequest` the medium is answered only to questions that ask
+/// for it, so that buoyancy, which asks for nothing, finds none and leaves the surfaces' forces alone.
+struct FlatGround {
+    glm::dvec3 gravity{0.0, -9.81, 0.0};
+    double density = 0.0;
+    double viscosity = 0.0;
+    bool onRequest = false;
+
+    game::physics::EnvironmentInfo operator()(glm::dvec3 const& position, game::EnvironmentInfoFlags flags,
+                                              double) const {
+        game::physics::EnvironmentInfo info;
+        info.gravity = gravity;
+        info.altitude = position.y;
+        if (!onRequest || (flags & game::ENVIRONMENT_MEDIUM)) {
+            info.density = density;
+            info.viscosity = viscosity;
+        }
+        if (flags & game::ENVIRONMENT_SURFACE)
+            info.surface = {{position.x, 0.0, position.z}, {0.0, 1.0, 0.0}, -position.y};
+        return info;
+    }
+};
+
+/// A world for physics scenarios: entities made by hand, without a module, on the flat ground with no air, stepped
+/// by whole server ticks.
 class PhysicsWorld : public testing::Test {
 protected:
     static constexpr game::entity::EnvironmentId kFlatGround = 1;
@@ -14,15 +37,7 @@ protected:
 
     void SetUp() override {
         Game::timeActive = false;
-        Game::_environmentFunctions[kFlatGround] = [](glm::dvec3 const& position, game::EnvironmentInfoFlags, double) {
-            game::physics::EnvironmentInfo info;
-            info.gravity = {0.0, -9.81, 0.0};
-            info.altitude = position.y;
-            info.surface.point = {position.x, 0.0, position.z};
-            info.surface.normal = {0.0, 1.0, 0.0};
-            info.surface.depth = -position.y;
-            return info;
-        };
+        Game::_environmentFunctions[kFlatGround] = FlatGround{};
     }
 
     void TearDown() override {

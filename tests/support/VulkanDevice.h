@@ -22,18 +22,11 @@ inline quorl::vk::Device::CreateInfo ValidatedDevice(quorl::vk::PhysicalDevice::
 
 /// A 2D image of one sample, mip level and layer, optimally tiled, starting UNDEFINED.
 inline VkImageCreateInfo ImageInfo2D(VkFormat format, VkImageUsageFlags usage, uint32_t width, uint32_t height) {
-    VkImageCreateInfo info{};
-    info.sType = VK_STRUCTURE_TYPE_IMAGE_CREATE_INFO;
-    info.imageType = VK_IMAGE_TYPE_2D;
-    info.format = format;
-    info.extent = {width, height, 1};
-    info.mipLevels = 1;
-    info.arrayLayers = 1;
-    info.samples = VK_SAMPLE_COUNT_1_BIT;
-    info.tiling = VK_IMAGE_TILING_OPTIMAL;
-    info.usage = usage;
-    info.initialLayout = VK_IMAGE_LAYOUT_UNDEFINED;
-    return info;
+    return {.sType = VK_STRUCTURE_TYPE_IMAGE_CREATE_INFO, .pNext = nullptr, .flags = 0, .imageType = VK_IMAGE_TYPE_2D,
+        .format = format, .extent = {width, height, 1}, .mipLevels = 1, .arrayLayers = 1,
+        .samples = VK_SAMPLE_COUNT_1_BIT, .tiling = VK_IMAGE_TILING_OPTIMAL, .usage = usage,
+        .sharingMode = VK_SHARING_MODE_EXCLUSIVE, .queueFamilyIndexCount = 0, .pQueueFamilyIndices = nullptr,
+        .initialLayout = VK_IMAGE_LAYOUT_UNDEFINED};
 }
 
 /// The bytes of a colour image of 4 bytes a pixel, as the GPU holds them; the image is left in `layout`, the layout

@@ -24,31 +24,6 @@ protected:
 /// Values of many sizes, so that some fit the buffer, some fill it exactly and some exceed it.
 std::vector<std::string> const kTexts{"", "v", "name of the world", std::string(5000, 'v')};
 
-void WriteSave(BinaryFileStream& out) {
-    out.Write(uint32_t{0xdeadbeef});
-    for (auto const& text : kTexts)
-        out.Write(text);
-    WriteOnlyStream chunk(0);
-    chunk.Write(-2.5);
-    out.Write(chunk);
-}
-
-void ExpectSave(BinaryFileStream& in) {
-    uint32_t magic = 0;
-    in.Read(magic);
-    EXPECT_EQ(magic, 0xdeadbeef);
-    for (auto const& expected : kTexts) {
-        std::string text = "x";
-        in.Read(text);
-        EXPECT_EQ(text, expected);
-    }
-    auto chunk = in.ReadStream();
-    double number = 0;
-    chunk.Read(number);
-    EXPECT_EQ(number, -2.5);
-    EXPECT_EQ(in.Remaining(), 0u);
-}
-
 TEST_F(BinaryFileStreamTest, SaveFileRoundTripsWithAnyBufferSizeFlushedByHandOrByTheDestructor) {
     for (unsigned long bufferSize : {0ul, 1ul, 4ul, 17ul, 1024ul, 1ul << 20}) {
         for (bool flush : {true, false}) {
@@ -56,12 +31,29 @@ TEST_F(BinaryFileStreamTest, SaveFileRoundTripsWithAnyBufferSizeFlushedByHandOrB
             std::filesystem::remove(path);
             {
                 BinaryFileStream out(path, bufferSize);
-                WriteSave(out);
+                out.Write(uint32_t{0xdeadbeef});
+                for (auto const& text : kTexts)
+                    out.Write(text);
+                WriteOnlyStream chunk(0);
+                chunk.Write(-2.5);
+                out.Write(chunk);
                 if (flush)
                     out.Flush();
             }
+
             BinaryFileStream in(path, bufferSize);
-            ExpectSave(in);
+            uint32_t magic = 0;
+            in.Read(magic);
+            EXPECT_EQ(magic, 0xdeadbeef);
+            for (auto const& expected : kTexts) {
+                std::string text = "x";
+                in.Read(text);
+                EXPECT_EQ(text, expected);
+            }
+            double number = 0;
+            in.ReadStream().Read(number);
+            EXPECT_EQ(number, -2.5);
+            EXPECT_EQ(in.Remaining(), 0u);
         }
     }
 }

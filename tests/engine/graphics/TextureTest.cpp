@@ -21,13 +21,6 @@ namespace {
 
 using Pixels = std::unique_ptr<stbi_uc, void (*)(void*)>;
 
-std::vector<unsigned char> Pattern(int count) {
-    std::vector<unsigned char> bytes(count);
-    for (int i = 0; i < count; ++i)
-        bytes[i] = static_cast<unsigned char>(i * 37 + 11);
-    return bytes;
-}
-
 }
 
 // ---- SaveFile -----------------------------------------------------------------------------------------------------
@@ -69,13 +62,12 @@ TEST(TextureSaveFileTest, WritesFloatDataAsRadianceHdr) {
 
 TEST(TextureSaveFileTest, RefusesBadArgumentsWithoutWriting) {
     TempDirectory directory;
-    auto const data = Pattern(64);
+    std::vector<unsigned char> const data(64);
     auto const path = directory.File("bad.png");
     EXPECT_EQ(Texture::SaveFile(path, 2, 2, 0, false, data.data(), 90), 0);
     EXPECT_EQ(Texture::SaveFile(path, 2, 2, 5, false, data.data(), 90), 0);
     EXPECT_EQ(Texture::SaveFile(path, 2, 2, 4, false, nullptr, 90), 0);
     EXPECT_EQ(Texture::SaveFile(path, 0, 2, 4, false, data.data(), 90), 0);
-    EXPECT_EQ(Texture::SaveFile(path, 2, 2, 0, true, data.data(), 90), 0);
     EXPECT_FALSE(std::filesystem::exists(path));
     EXPECT_EQ(Texture::SaveFile(directory.File("missing/folder.png"), 2, 2, 4, false, data.data(), 90), 0);
 }
@@ -86,7 +78,9 @@ using TextureTest = VulkanDeviceTest;
 
 TEST_F(TextureTest, SavedPngsHoldTheirPixelsAndLoadAsRgba8AndLoadNamesTheFileItCannotRead) {
     TempDirectory directory;
-    auto const rgba = Pattern(7 * 5 * 4);
+    std::vector<unsigned char> rgba(7 * 5 * 4);
+    for (size_t i = 0; i < rgba.size(); ++i)
+        rgba[i] = static_cast<unsigned char>(i * 37 + 11);
     struct Case {
         uint32_t width, height;
         int channels;
@@ -95,8 +89,7 @@ TEST_F(TextureTest, SavedPngsHoldTheirPixelsAndLoadAsRgba8AndLoadNamesTheFileItC
     // Grey stands for all three colours, and a file without alpha is opaque.
     for (Case const& c : {Case{7, 5, 4, rgba, rgba},
              Case{2, 1, 3, {10, 20, 30, 40, 50, 60}, {10, 20, 30, 255, 40, 50, 60, 255}},
-             Case{2, 1, 2, {10, 200, 20, 100}, {10, 10, 10, 200, 20, 20, 20, 100}},
-             Case{2, 1, 1, {10, 20}, {10, 10, 10, 255, 20, 20, 20, 255}}}) {
+             Case{2, 1, 2, {10, 200, 20, 100}, {10, 10, 10, 200, 20, 20, 20, 100}}}) {
         SCOPED_TRACE(c.channels);
         auto const path = directory.File("pattern" + std::to_string(c.channels) + ".png");
         ASSERT_NE(Texture::SaveFile(path, int(c.width), int(c.height), c.channels, false, c.file.data(), 0), 0);
@@ -109,20 +102,8 @@ TEST_F(TextureTest, SavedPngsHoldTheirPixelsAndLoadAsRgba8AndLoadNamesTheFileItC
         EXPECT_EQ(ReadBack(*texture), c.expected);
     }
 
-    WriteFile(directory.File("text.png"), "not an image");
-    for (auto const& file : {directory.File("text.png"), directory.File("absent.png")}) {
-        auto const error = ErrorOf([&] { Texture::Load(device.get(), file); });
-        EXPECT_THAT(error, StartsWith(file + ": "));
-        EXPECT_GT(error.size(), file.size() + 2) << "the reason follows the path";
-    }
-}
-
-TEST_F(TextureTest, UploadReplacesTheWholeImage) {
-    Texture texture(device.get(), 3, 2, VK_FORMAT_R8G8B8A8_UNORM);
-    auto const first = Pattern(3 * 2 * 4);
-    texture.Upload(first.data(), first.size());
-    EXPECT_EQ(ReadBack(texture), first);
-    std::vector<unsigned char> const second(3 * 2 * 4, 200);
-    texture.Upload(second.data(), second.size());
-    EXPECT_EQ(ReadBack(texture), second);
+    auto const absent = directory.File("absent.png");
+    auto const error = ErrorOf([&] { Texture::Load(device.get(), absent); });
+    EXPECT_THAT(error, StartsWith(absent + ": "));
+    EXPECT_GT(error.size(), absent.size() + 2) << "the reason follows the path";
 }

@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <memory>
-#include <string>
 #include <vector>
 
 using quorl::graphics::WindowHeadless;
@@ -20,17 +19,13 @@ namespace {
 constexpr uint32_t kWidth = 160;
 constexpr uint32_t kHeight = 96;
 
-/// Notes every stage it is called for; its render commands paint the frame image one colour.
-class RecordingRenderer : public QuorlRenderer {
+/// Paints the frame image one colour from its render commands. The order of all the stages is GameRendererTest's:
+/// the game renderer hands each one to the modules' hooks.
+class PaintingRenderer : public QuorlRenderer {
 public:
     using QuorlRenderer::QuorlRenderer;
 
-    void FrameCollectGarbage() override { calls.push_back("FrameCollectGarbage"); }
-    void FrameUpdateDescriptorSets() override { calls.push_back("FrameUpdateDescriptorSets"); }
-    void FrameBeforePost() override { calls.push_back("FrameBeforePost"); }
-    void FrameInit() override { calls.push_back("FrameInit"); }
     void FrameUpdateUi() override {
-        calls.push_back("FrameUpdateUi");
         if (drawUi) {
             ImGui::Begin("Test window");
             ImGui::Text("Frame %llu", static_cast<unsigned long long>(frameNumber));
@@ -38,26 +33,13 @@ public:
             UiShowAdvancedPerformanceMetrics();
         }
     }
-    void FrameBeforeUpdate() override { calls.push_back("FrameBeforeUpdate"); }
-    void FrameUpdate() override { calls.push_back("FrameUpdate"); }
-    void FrameBeforeRender() override { calls.push_back("FrameBeforeRender"); }
-    void FrameAfterRender() override { calls.push_back("FrameAfterRender"); }
-    void FrameAfterUpdate() override { calls.push_back("FrameAfterUpdate"); }
-    void FramePushCommands(VkCommandBuffer) override { calls.push_back("FramePushCommands"); }
-    void FrameBuildCommands(VkCommandBuffer) override { calls.push_back("FrameBuildCommands"); }
     void FrameRenderCommands(VkCommandBuffer commandBuffer) override {
-        calls.push_back("FrameRenderCommands");
         if (paint.float32[0] < 0.0f)
             return;
         VkImageSubresourceRange const range{VK_IMAGE_ASPECT_COLOR_BIT, 0, 1, 0, 1};
         vkCmdClearColorImage(commandBuffer, CurrentImage(), VK_IMAGE_LAYOUT_GENERAL, &paint, 1, &range);
     }
-    void FrameResolveCommands(VkCommandBuffer) override { calls.push_back("FrameResolveCommands"); }
-    void FrameBlitCommands(VkCommandBuffer) override { calls.push_back("FrameBlitCommands"); }
-    void FramePostCommands(VkCommandBuffer) override { calls.push_back("FramePostCommands"); }
-    void FrameOverlayCommands(VkCommandBuffer) override { calls.push_back("FrameOverlayCommands"); }
 
-    std::vector<std::string> calls;
     /// Red 1, green 0.2 (51 of 255 exactly), blue 0, opaque. A negative red paints nothing.
     VkClearColorValue paint{{1.0f, 0.2f, 0.0f, 1.0f}};
     bool drawUi = false;
@@ -84,7 +66,7 @@ protected:
     QuorlRendererTest() {
         window.width = static_cast<int>(kWidth);
         window.height = static_cast<int>(kHeight);
-        renderer = std::make_unique<RecordingRenderer>(&window, "QuorlRendererTest", 1,
+        renderer = std::make_unique<PaintingRenderer>(&window, "QuorlRendererTest", 1,
             quorl::vk::PhysicalDevice::Features{}, true, true);
     }
 
@@ -93,41 +75,16 @@ protected:
 
     ImGuiContextWithoutIni imgui;
     WindowHeadless window;
-    std::unique_ptr<RecordingRenderer> renderer;
+    std::unique_ptr<PaintingRenderer> renderer;
 };
 
 }
 
-TEST_F(QuorlRendererTest, RendersHeadlessToOffscreenImagesThatFollowTheWindowSize) {
+TEST_F(QuorlRendererTest, RendersHeadlessAtTheWindowSizeKeepsWhatFramesDrawAndStartsEachFrameOpaqueBlack) {
     EXPECT_TRUE(renderer->Headless());
     EXPECT_EQ(renderer->swapchain.width, kWidth);
     EXPECT_EQ(renderer->swapchain.height, kHeight);
     EXPECT_EQ(renderer->swapchain.format, VK_FORMAT_B8G8R8A8_UNORM);
-    EXPECT_EQ(renderer->swapchain.images.size(), 2u);
-    EXPECT_EQ(renderer->swapchain.imageViews.size(), 2u);
-    EXPECT_NE(renderer->GlobalDescriptorSetLayout(), VkDescriptorSetLayout(VK_NULL_HANDLE));
-    EXPECT_NE(renderer->GlobalDescriptorSet(), VkDescriptorSet(VK_NULL_HANDLE));
-
-    renderer->StartRendering();
-    renderer->RenderFrame();
-    window.width = 64;
-    window.height = 32;
-    renderer->ReCreateSwapchain();
-    EXPECT_EQ(renderer->swapchain.width, 64u);
-    EXPECT_EQ(renderer->swapchain.height, 32u);
-    renderer->RenderFrame();
-    EXPECT_EQ(ReadBack(*renderer).size(), 64u * 32u * 4u);
-    renderer->StopRendering();
-}
-
-TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameKeepsWhatTheyDrawAndStartsEachFrameOpaqueBlack) {
-    std::vector<std::string> const frame{"FrameCollectGarbage", "FrameUpdateDescriptorSets", "FrameBeforePost",
-        "FrameInit", "FrameUpdateUi", "FrameBeforeUpdate", "FrameUpdate", "FrameBeforeRender", "FrameAfterRender",
-        "FrameAfterUpdate", "FramePushCommands", "FrameBuildCommands", "FrameRenderCommands", "FrameResolveCommands",
-        "FrameBlitCommands", "FramePostCommands", "FrameOverlayCommands"};
-    std::vector<std::string> expected;
-    for (int i = 0; i < 3; ++i)
-        expected.insert(expected.end(), frame.begin(), frame.end());
 
     renderer->StartRendering();
     std::vector<VkImage> images;
@@ -135,7 +92,6 @@ TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameKeepsWhatTheyDrawAndSta
         renderer->RenderFrame();
         images.push_back(renderer->CurrentImage());
     }
-    EXPECT_EQ(renderer->calls, expected);
     EXPECT_EQ(renderer->frameNumber, 3u);
     EXPECT_NE(images[0], images[1]) << "consecutive frames draw into different images";
     EXPECT_EQ(images[0], images[2]);
@@ -153,11 +109,18 @@ TEST_F(QuorlRendererTest, CallsEveryStageInOrderEachFrameKeepsWhatTheyDrawAndSta
         ASSERT_EQ(at(pixel), (std::vector<uint8_t>{0, 0, 0, 255})) << "pixel " << pixel;
     renderer->StopRendering();
 
-    // Rendering starts again after a stop.
+    // Rendering starts again after a stop, and the frame images follow the window's size.
     renderer->StartRendering();
     renderer->RenderFrame();
+    window.width = 64;
+    window.height = 32;
+    renderer->ReCreateSwapchain();
+    EXPECT_EQ(renderer->swapchain.width, 64u);
+    EXPECT_EQ(renderer->swapchain.height, 32u);
+    renderer->RenderFrame();
+    EXPECT_EQ(ReadBack(*renderer).size(), 64u * 32u * 4u);
     renderer->StopRendering();
-    EXPECT_EQ(renderer->frameNumber, 6u);
+    EXPECT_EQ(renderer->frameNumber, 7u);
 }
 
 TEST_F(QuorlRendererTest, DrawsImGuiWindowsOverTheFrame) {
@@ -182,7 +145,7 @@ TEST(QuorlRendererWindowTest, PresentsToAWindowAndReCreatesItsSwapchain) {
         GTEST_SKIP() << "no display";
     ImGuiContextWithoutIni imgui;
     quorl::graphics::WindowGlfw window("QuorlRendererTest", 320, 200);
-    RecordingRenderer renderer(&window, "QuorlRendererTest", 1, quorl::vk::PhysicalDevice::Features{}, true, true);
+    PaintingRenderer renderer(&window, "QuorlRendererTest", 1, quorl::vk::PhysicalDevice::Features{}, true, true);
     EXPECT_FALSE(renderer.Headless());
     EXPECT_EQ(renderer.swapchain.width, 320u);
     EXPECT_EQ(renderer.swapchain.height, 200u);

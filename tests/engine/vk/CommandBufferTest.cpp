@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <stdexcept>
 
 using quorl::vk::Buffer;
@@ -13,24 +12,10 @@ using quorl::vk::Device;
 
 namespace {
 
-/// 64 bytes that transfers write and the host reads.
-Buffer Target(Device* device) {
-    return Buffer(device, VMA_MEMORY_USAGE_AUTO_PREFER_HOST, VK_BUFFER_USAGE_TRANSFER_DST_BIT, 64,
-        VMA_ALLOCATION_CREATE_HOST_ACCESS_RANDOM_BIT);
-}
-
 using CommandBufferTest = VulkanDeviceTest;
 
-TEST_F(CommandBufferTest, RunsTheRecordedCommandsBeforeReturningAndPassesOnWhatTheRecordingThrows) {
-    Buffer target = Target(device.get());
-    CommandBuffer::Run(device.get(), device->graphicsQueue,
-        [&](VkCommandBuffer commandBuffer) { vkCmdFillBuffer(commandBuffer, target.buffer, 16, 32, 0xC0FFEEu); },
-        "fill test");
-    auto const* words = static_cast<uint32_t const*>(target.Map());
-    EXPECT_EQ(words[4], 0xC0FFEEu);
-    EXPECT_EQ(words[11], 0xC0FFEEu);
-    target.Unmap();
-
+// That Run has finished the commands when it returns is what every read-back of the device tests stands on.
+TEST_F(CommandBufferTest, PassesOnWhatTheRecordingThrowsAndRunsCleanlyAfterwards) {
     EXPECT_THROW(CommandBuffer::Run(device.get(), device->graphicsQueue,
                      [](VkCommandBuffer) { throw std::runtime_error("recording failed"); }, "throwing"),
         std::runtime_error);
@@ -40,7 +25,7 @@ TEST_F(CommandBufferTest, RunsTheRecordedCommandsBeforeReturningAndPassesOnWhatT
 
 TEST(CommandBufferValidationTest, AMisuseOfTheApiIsCounted) {
     Device device(ValidatedDevice());
-    Buffer target = Target(&device);
+    Buffer target(&device, VMA_MEMORY_USAGE_AUTO_PREFER_DEVICE, VK_BUFFER_USAGE_TRANSFER_DST_BIT, 64);
     // Fill offsets must be multiples of 4; the layer reports the call and keeps it from the driver.
     CommandBuffer::Run(&device, device.graphicsQueue,
         [&](VkCommandBuffer commandBuffer) { vkCmdFillBuffer(commandBuffer, target.buffer, 2, 32, 0); }, "misuse");

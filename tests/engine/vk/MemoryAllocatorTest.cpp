@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <map>
 #include <memory>
 #include <random>
@@ -77,7 +76,6 @@ TEST(MemoryAllocatorTest, ChoosesMemoryTypesAsVmaDoes) {
 TEST(MemoryAllocatorTest, RefusesWhenNoTypeHasTheRequiredProperties) {
     EXPECT_THROW(MemoryAllocator::FindMemoryType(DiscreteGpu(), 0b0001, {0, VMA_MEMORY_USAGE_CPU_ONLY}),
         std::runtime_error);
-    EXPECT_THROW(MemoryAllocator::FindMemoryType(DiscreteGpu(), 0, {0, VMA_MEMORY_USAGE_AUTO}), std::runtime_error);
 }
 
 // ---- On the machine's Vulkan device ---------------------------------------------------------------------------------
@@ -173,11 +171,9 @@ TEST_F(MemoryAllocatorDeviceTest, GivesLargeAndDedicatedBuffersTheirOwnMemory) {
     EXPECT_EQ(Allocator().DeviceBytes(), bytes);
 }
 
-TEST_F(MemoryAllocatorDeviceTest, HostReadsGetCachedMemoryWhereThereIsSomeAndHostWritesRoundTripThroughADeviceCopy) {
-    constexpr unsigned long size = 4096;
-    Buffer source(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST, VK_BUFFER_USAGE_TRANSFER_SRC_BIT, size,
-        VMA_ALLOCATION_CREATE_HOST_ACCESS_SEQUENTIAL_WRITE_BIT);
-    Buffer target(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST, VK_BUFFER_USAGE_TRANSFER_DST_BIT, size,
+// Host writes reach the device and device writes the host through the staging and read-back buffers of TextureTest.
+TEST_F(MemoryAllocatorDeviceTest, HostReadsGetCachedMemoryWhereThereIsSome) {
+    Buffer target(device.get(), VMA_MEMORY_USAGE_AUTO_PREFER_HOST, VK_BUFFER_USAGE_TRANSFER_DST_BIT, 4096,
         VMA_ALLOCATION_CREATE_HOST_ACCESS_RANDOM_BIT);
     auto const& memory = device->physicalDevice.memoryProperties;
     bool const anyCached = std::any_of(memory.memoryTypes, memory.memoryTypes + memory.memoryTypeCount,
@@ -186,19 +182,6 @@ TEST_F(MemoryAllocatorDeviceTest, HostReadsGetCachedMemoryWhereThereIsSomeAndHos
     EXPECT_TRUE(flags & hostVisible);
     EXPECT_EQ((flags & cached) != 0, anyCached);
     EXPECT_NE(target.Map(), nullptr);
-
-    std::vector<unsigned char> pattern(size);
-    for (unsigned long i = 0; i < size; ++i)
-        pattern[i] = static_cast<unsigned char>(i * 31 + 7);
-    std::memcpy(source.Map(), pattern.data(), size);
-    source.Flush();
-    std::memset(target.Map(), 0, size);
-    target.Flush();
-    Run([&](VkCommandBuffer commandBuffer) {
-        VkBufferCopy const region{0, 0, size};
-        vkCmdCopyBuffer(commandBuffer, source.buffer, target.buffer, 1, &region);
-    });
-    EXPECT_EQ(std::memcmp(target.Map(), pattern.data(), size), 0);
 }
 
 TEST_F(MemoryAllocatorDeviceTest, ImagesLiveApartFromBuffersAndTakeViewsAndTransitionsOfTheirAspects) {
@@ -216,10 +199,9 @@ TEST_F(MemoryAllocatorDeviceTest, ImagesLiveApartFromBuffersAndTakeViewsAndTrans
     Run([&](VkCommandBuffer commandBuffer) {
         depth.Transition(commandBuffer, VK_IMAGE_LAYOUT_UNDEFINED, VK_IMAGE_LAYOUT_DEPTH_STENCIL_ATTACHMENT_OPTIMAL);
     });
+    // A view that Vulkan refuses throws; the layer checks the aspects of those it takes.
     ImageView const colourView(&colour);
     ImageView const depthView(&depth);
-    EXPECT_NE(colourView.view, VK_NULL_HANDLE);
-    EXPECT_NE(depthView.view, VK_NULL_HANDLE);
 }
 
 }

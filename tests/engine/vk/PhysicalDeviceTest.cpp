@@ -88,6 +88,7 @@ TEST(PhysicalDeviceFeaturesTest, MergesAndCutsFieldByField) {
     EXPECT_EQ(ChainTypes(cut, cut.Chain()), fullChain);
 }
 
+// The clock stands for every block that needs one extension of its own.
 TEST(PhysicalDeviceFeaturesTest, RequiresTheExtensionsOfTheBlocksInUse) {
     struct Case {
         char const* what;
@@ -106,12 +107,6 @@ TEST(PhysicalDeviceFeaturesTest, RequiresTheExtensionsOfTheBlocksInUse) {
                 f.accelerationStructure.accelerationStructure = VK_TRUE;
             },
             {"VK_KHR_ray_tracing_pipeline", "VK_KHR_acceleration_structure", "VK_KHR_deferred_host_operations"}},
-        {"atomic floats",
-            [](Features& f) {
-                f.shaderAtomicFloat.shaderBufferFloat32AtomicAdd = VK_TRUE;
-                f.shaderAtomicFloat2.shaderBufferFloat32AtomicMinMax = VK_TRUE;
-            },
-            {"VK_EXT_shader_atomic_float", "VK_EXT_shader_atomic_float2"}},
     };
     for (Case const& c : cases) {
         Features features;

@@ -31,15 +31,9 @@ protected:
 };
 
 TEST_F(EntityConfigTest, ColliderMeshesTurnFromZUpToYUpStopAtTheirArraysAndMayBeEmpty) {
-    std::string vertices = "vertices", normals = "faces_normal", triangles = "triangles";
-    for (int i = 1; i <= 20; ++i) {
-        vertices += " 1 2 3";
-        normals += " 0 0 1";
-        triangles += " " + std::to_string(i) + " " + std::to_string(i) + " " + std::to_string(i);
-    }
     auto& config = Load("[COLLIDER c]\nbox_min 0 0 0\nbox_max 1 2 3\nvertices 1 2 3  4 5 6\n"
                         "faces_normal 0 0 2  0 1 0\ntriangles 0 1 2  3 4 65535\n"
-                        "[COLLIDER full]\n" + vertices + "\n" + normals + "\n" + triangles + "\n" +
+                        "[COLLIDER full]\nvertices 0 0 0 1 0 0 2 0 0 3 0 0 4 0 0 5 0 0 6 0 0 7 0 0 8 0 0\n"
                         "[COLLIDER empty]\nvertices 1 2 3\nvertices\ntriangles =\n");
     auto const& collider = config.colliders.at("c");
     ExpectNear(collider.box_min, {0, 0, -2});
@@ -53,12 +47,10 @@ TEST_F(EntityConfigTest, ColliderMeshesTurnFromZUpToYUpStopAtTheirArraysAndMayBe
     ASSERT_EQ(collider.triangles_count, 2);
     EXPECT_EQ(collider.triangles[1], (std::array<uint16_t, 3>{3, 4, 65535}));
 
-    auto const& full = config.colliders.at("full");
-    EXPECT_EQ(full.vertices_count, 8);
-    EXPECT_EQ(full.normals_count, 12);
-    EXPECT_EQ(full.triangles_count, 12);
-    ExpectNear(full.vertices[7], {1, 3, -2});
-    EXPECT_EQ(full.triangles[11][0], 12);
+    // One reader fills the three lists, so one of them shows where it stops.
+    EXPECT_EQ(config.colliders.at("full").vertices_count, 8) << "the ninth vertex is past the array";
+    ExpectNear(config.colliders.at("full").vertices[7], {7, 0, 0});
+
     auto const& empty = config.colliders.at("empty");
     EXPECT_EQ(empty.vertices_count, 0);
     EXPECT_EQ(empty.triangles_count, 0);
@@ -128,7 +120,6 @@ TEST_F(EntityConfigTest, AnUnreadableFileIsReportedWithItsPath) {
     EXPECT_THAT(output, HasSubstr(directory.File("missing.entity")));
     EXPECT_THAT(output, HasSubstr("No such file or directory"));
     EXPECT_TRUE(missing.nodes.empty());
-    EXPECT_EQ(missing.GetMesh(), nullptr);
 }
 
 TEST_F(EntityConfigTest, TransformFromBlenderTurnsAxesAndAppliesXThenZThenY) {
@@ -144,17 +135,15 @@ TEST_F(EntityConfigTest, TransformFromBlenderTurnsAxesAndAppliesXThenZThenY) {
                zUpToYUp * inFile * glm::inverse(zUpToYUp));
 }
 
+// That a parent cycle in a bad file ends both walks is the entity config fuzzer's, from its seeds.
 TEST_F(EntityConfigTest, TransformWalksStopAtTheFirstJointAbove) {
     auto& config = Load("[COLLIDER base]\nposition 0 0 1\n"
                         "[JOINT hinge]\nparent base\nposition 1 0 0\nrotation 0 0 90\n"
                         "[COLLIDER leaf]\nparent hinge\nposition 2 0 0\n"
                         "[TARGET tip]\nparent leaf\nposition 0 0 3\n"
-                        "[TARGET loose]\nparent nowhere\nposition 0 0 1\n"
-                        "[TARGET a]\nparent b\n[TARGET b]\nparent a\n");
+                        "[TARGET loose]\nparent nowhere\nposition 0 0 1\n");
     auto transform = [&config](char const* name) { return glm::dmat4(config.nodes.at(name).transform); };
 
-    ExpectNear(config.GetAbsoluteTransform("tip"), transform("base") * transform("hinge") * transform("leaf") *
-                                                        transform("tip"));
     ExpectNear(glm::dvec3(config.GetAbsoluteTransform("tip")[3]), {1, 4, -2});
     ExpectNear(glm::dvec3(config.GetAbsoluteTransform("loose")[3]), {0, 1, 0});
 
@@ -165,39 +154,25 @@ TEST_F(EntityConfigTest, TransformWalksStopAtTheFirstJointAbove) {
     EXPECT_EQ(joint, "hinge");
     ExpectNear(config.GetTransformRelativeToFirstParentJointOrRoot("base", joint), transform("base"));
     EXPECT_EQ(joint, "");
-
-    // A parent cycle in a bad file ends the walk instead of hanging it.
-    config.GetAbsoluteTransform("a");
-    config.GetTransformRelativeToFirstParentJointOrRoot("a", joint);
     EXPECT_THROW(config.GetAbsoluteTransform("nothing"), std::out_of_range);
 }
 
 TEST_F(EntityConfigTest, ContentTypesLoadCleanly) {
-    auto load = [](std::string const& name) {
-        auto config = std::make_unique<EntityConfig>(MERIDON_CONTENT_DIR "/entities/" + name);
-        EXPECT_EQ(StderrOf([&] { config->ReadConfig(); }), "") << name;
+    auto load = [](std::string const& type) {
+        auto config = std::make_unique<EntityConfig>(MERIDON_CONTENT_DIR "/entities/" + type + ".entity");
+        EXPECT_EQ(StderrOf([&] { config->ReadConfig(); }), "") << type;
         for (auto const& [node, _] : config->nodes) {
-            EXPECT_NO_THROW(config->GetAbsoluteTransform(node)) << name << " " << node;
+            EXPECT_NO_THROW(config->GetAbsoluteTransform(node)) << type << " " << node;
         }
         return config;
     };
-
     // The crate and the door are the test module's types too: their behaviour is tested through entities.
-    EXPECT_EQ(load("crate.entity")->renderables.count("planks"), 1u);
-    load("door.entity");
+    for (char const* type : {"crate", "door", "rover_body", "wheel", "glider_wing", "buoy"})
+        load(type);
 
-    auto wheel = load("wheel_assembly.entity");
-    auto const& tyre = wheel->colliders.at("wheel");
-    EXPECT_EQ(tyre.vertices_count, 8);
-    EXPECT_EQ(tyre.normals_count, 6);
-    EXPECT_EQ(tyre.triangles_count, 12);
-    EXPECT_EQ(tyre.parent, "axle");
-    EXPECT_TRUE(wheel->joints.at("axle").has_angular_y);
-    EXPECT_EQ(wheel->adapters.at("hub").type, "wheel_hub");
-    EXPECT_EQ(wheel->targets.at("ground_contact").parent, "wheel");
-
-    auto lamp = load("light_box.entity");
+    // Sections that only the bundled files have.
+    EXPECT_EQ(load("wheel_assembly")->adapters.at("hub").type, "wheel_hub");
+    auto lamp = load("light_box");
     EXPECT_EQ(lamp->light_boxes.at("glow").parent, "housing");
     ExpectNear(lamp->light_boxes.at("glow").box_min, {-2, -1.4, -2});
-    EXPECT_EQ(lamp->colliders.count("housing"), 1u);
 }

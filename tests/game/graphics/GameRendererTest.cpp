@@ -73,7 +73,7 @@ TEST_F(GameRendererTest, FramesRunEveryStageInOrderWithTheSortedListsInTheirOrde
     }
 }
 
-TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewAndTheCrosshairOnlyInMouseLook) {
+TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewAndTheCrosshairOnlyInMouseLookAndRefusesOtherFormats) {
     GAME_Mod::LoadModule("TEST_pattern", true);
     SortAllLists();
     std::string const path = directory.File("frame.png");
@@ -92,23 +92,19 @@ TEST_F(GameRendererTest, ScreenshotHoldsWhatAModuleDrewAndTheCrosshairOnlyInMous
         ASSERT_NE(png.pixels, nullptr);
         EXPECT_EQ(png.width, 1280);
         EXPECT_EQ(png.height, 720);
-        EXPECT_EQ(png.At(0, 0), black);
-        EXPECT_EQ(png.At(33, 33), (Rgba{255, 0, 0, 255}));
+        // The red and white corners are the launcher test's; these catch a transposed or swizzled copy.
         EXPECT_EQ(png.At(46, 33), (Rgba{0, 255, 0, 255}));
         EXPECT_EQ(png.At(33, 46), (Rgba{0, 0, 255, 255}));
-        EXPECT_EQ(png.At(46, 46), white);
         EXPECT_EQ(png.At(48, 48), black);
         EXPECT_EQ(png.At(640, 360), mouseLook ? white : black) << "the crosshair";
     }
     renderer->StopRendering();
-}
 
-TEST_F(GameRendererTest, SaveImageRefusesFormatsOutsideItsTable) {
-    std::string const path = directory.File("refused.png");
+    std::string const refused = directory.File("refused.png");
     EXPECT_EQ(renderer->SaveImage(renderer->CurrentImage(), {4, 4}, VK_FORMAT_R16G16B16A16_SFLOAT,
-                  VK_IMAGE_LAYOUT_GENERAL, path, 90, false),
+                  VK_IMAGE_LAYOUT_GENERAL, refused, 90, false),
         0);
-    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_FALSE(std::filesystem::exists(refused));
 }
 
 // ---- Deferred destruction -------------------------------------------------------------------------------------------
@@ -116,9 +112,6 @@ TEST_F(GameRendererTest, SaveImageRefusesFormatsOutsideItsTable) {
 TEST_F(GameRendererTest, TrashAndPendingTexturesHeldByNobodySurviveOneWholeFrame) {
     renderer->StartRendering();
     renderer->RenderFrame();
-    auto object = std::make_shared<int>(7);
-    std::weak_ptr<int> watch = object;
-    renderer->Trash(std::move(object));
     auto wanted = std::make_shared<quorl::graphics::Texture>(renderer->device.get(), 4, 4, VK_FORMAT_R8G8B8A8_UNORM);
     std::weak_ptr<quorl::graphics::Texture> abandoned;
     {
@@ -130,10 +123,9 @@ TEST_F(GameRendererTest, TrashAndPendingTexturesHeldByNobodySurviveOneWholeFrame
     }
     renderer->RenderFrame();
     EXPECT_TRUE(renderer->pendingTextures.empty());
-    EXPECT_FALSE(watch.expired()) << "released while the frame that may read it was in flight";
     EXPECT_FALSE(abandoned.expired()) << "an abandoned texture is trashed, not pushed";
     renderer->RenderFrame();
-    EXPECT_TRUE(watch.expired());
+    EXPECT_FALSE(abandoned.expired()) << "released while the frame that may read it was in flight";
     renderer->RenderFrame();
     EXPECT_TRUE(abandoned.expired());
     EXPECT_EQ(wanted.use_count(), 1);

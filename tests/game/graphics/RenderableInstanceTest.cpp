@@ -9,6 +9,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 using game::graphics::LightSourceInstance;
@@ -77,16 +78,12 @@ TEST_F(GameWithRendererTest, SettersWriteTheRecordsOfTheirMaterialAtTheOffsetsSh
         EXPECT_FALSE(setter(*instance));
     EXPECT_EQ(std::memcmp(before.data(), instance->records, before.size()), 0) << "an unknown material wrote";
 
+    std::pair<size_t, float> const floats[] = {
+        {0, 0.9f}, {8, 1.1f}, {12, 0.5f}, {16, 0.1f}, {28, 0.4f}, {32, 0.8f}, {36, 0.6f}, {40, 0.7f}};
     for (int index : {0, 2}) {
         auto const* record = &instance->records[index];
-        EXPECT_EQ(At(record, 0), 0.9f);
-        EXPECT_EQ(At(record, 8), 1.1f);
-        EXPECT_EQ(At(record, 12), 0.5f);
-        EXPECT_EQ(At(record, 16), 0.1f);
-        EXPECT_EQ(At(record, 28), 0.4f);
-        EXPECT_EQ(At(record, 32), 0.8f);
-        EXPECT_EQ(At(record, 36), 0.6f);
-        EXPECT_EQ(At(record, 40), 0.7f);
+        for (auto [offset, value] : floats)
+            EXPECT_EQ(At(record, offset), value) << "record " << index << ", byte " << offset;
         EXPECT_EQ(At<uint32_t>(record, 44), 7u);
     }
     std::vector<char> const zero(64, 0);
@@ -98,6 +95,9 @@ TEST_F(GameWithRendererTest, InstancesTakeTheSlotOfTheFirstDeadOneAndClonesShare
     auto second = RenderableInstance::Make<RenderableInstance>(1);
     auto const firstId = first->_id;
     first.reset();
+    std::vector<RenderableInstance*> walked;
+    RenderableInstance::ForEach([&](RenderableInstance& instance) { walked.push_back(&instance); });
+    EXPECT_EQ(walked, std::vector<RenderableInstance*>{second.get()}) << "a walk skips the dead";
     auto third = RenderableInstance::Make<PlasmaTrail>();
     EXPECT_EQ(third->_id, firstId);
     EXPECT_EQ(RenderableInstance::_sharedObjects.size(), 2u);
@@ -160,13 +160,10 @@ TEST_F(GameWithRendererTest, PlasmaTrailGlowsFromGreyTowardsOrangeOnlyFastAndOut
     EXPECT_EQ(box.max, glm::vec3(1.1f, 16.0f * 1.1f, 1.1f));
     EXPECT_EQ(box.payload, trail->plasmaData->address);
     auto const* record = trail->record;
-    EXPECT_FLOAT_EQ(At(record, 0), 16.0f * 1.1f);
-    EXPECT_FLOAT_EQ(At(record, 4), 1.1f);
-    EXPECT_FLOAT_EQ(At(record, 8), 100.0f);
-    EXPECT_FLOAT_EQ(At(record, 16), 0.6f);
-    EXPECT_FLOAT_EQ(At(record, 20), 0.45f);
-    EXPECT_FLOAT_EQ(At(record, 24), 0.41f);
-    EXPECT_FLOAT_EQ(At(record, 28), 0.04f);
+    std::pair<size_t, float> const floats[] = {
+        {0, 16.0f * 1.1f}, {4, 1.1f}, {8, 100.0f}, {16, 0.6f}, {20, 0.45f}, {24, 0.41f}, {28, 0.04f}};
+    for (auto [offset, value] : floats)
+        EXPECT_FLOAT_EQ(At(record, offset), value) << "byte " << offset;
     ASSERT_TRUE(trail->texture);
     EXPECT_EQ(At<uint16_t>(record, 12), 1u) << "the first texture after the font atlas";
     EXPECT_EQ(At<uint16_t>(record, 14), 0u);

@@ -10,41 +10,16 @@
 using game::entity::ConvexMeshCollider;
 using game::physics::DynamicRigidbody;
 using game::physics::EnvironmentFunction;
-using game::physics::EnvironmentInfo;
 using game::physics::GetDragForce;
 
 namespace {
-
-/// A uniform medium over flat ground at y = 0. With `onRequest` the medium is answered only to questions that ask
-/// for it (bit 4), so that buoyancy, which asks with 0, finds none and leaves the surfaces' forces alone.
-struct Medium {
-    glm::dvec3 gravity{0.0, -9.81, 0.0};
-    double density = 0.0;
-    double viscosity = 0.0;
-    bool onRequest = false;
-
-    EnvironmentInfo operator()(glm::dvec3 const& position, game::EnvironmentInfoFlags flags, double) const {
-        EnvironmentInfo info;
-        info.gravity = gravity;
-        info.altitude = position.y;
-        if (!onRequest || (flags & game::ENVIRONMENT_MEDIUM)) {
-            info.density = density;
-            info.viscosity = viscosity;
-        }
-        if (flags & game::ENVIRONMENT_SURFACE)
-            info.surface = {{position.x, 0.0, position.z}, {0.0, 1.0, 0.0}, -position.y};
-        return info;
-    }
-};
-
 constexpr double kStep = 1.0 / 240.0;
-
 }
 
 using EnvironmentTest = PhysicsWorld;
 
 TEST_F(EnvironmentTest, WithoutGravityNothingIsMet) {
-    EnvironmentFunction function = Medium{.gravity = glm::dvec3(0.0), .density = 1000.0, .viscosity = 1e-3};
+    EnvironmentFunction function = FlatGround{.gravity = glm::dvec3(0.0), .density = 1000.0, .viscosity = 1e-3};
     auto sunk = Box({0.0, -0.2, 0.0}, glm::dvec3(0.5), 10.0);
     sunk->linear_velocity = {1.0, -1.0, 0.0};
     DynamicRigidbody body(sunk, kTick);
@@ -59,7 +34,7 @@ TEST_F(EnvironmentTest, WithoutGravityNothingIsMet) {
 }
 
 TEST_F(EnvironmentTest, PlatePushesAlongItsNormalByHowSquarelyItMeetsTheFlow) {
-    EnvironmentFunction function = Medium{.density = 1000.0, .onRequest = true};
+    EnvironmentFunction function = FlatGround{.density = 1000.0, .onRequest = true};
     // 2 m by 2 m, 2 cm thick, lying flat; 2 kg.
     glm::dvec3 const plate(1.0, 0.01, 1.0);
     auto sliding = Box({0.0, 50.0, 0.0}, plate, 2.0);
@@ -88,7 +63,7 @@ TEST_F(EnvironmentTest, PlatePushesAlongItsNormalByHowSquarelyItMeetsTheFlow) {
 }
 
 TEST_F(EnvironmentTest, CollidersTooSmallForTheBodyDoNotFloat) {
-    EnvironmentFunction function = Medium{.density = 1000.0};
+    EnvironmentFunction function = FlatGround{.density = 1000.0};
     // A 1 m hull with a fin below and above a 25th of the body's volume.
     auto lift = [&](float fin) {
         auto boat = Box({0.0, 50.0, 0.0}, glm::dvec3(0.5), 1000.0);
@@ -106,7 +81,7 @@ TEST_F(EnvironmentTest, CollidersTooSmallForTheBodyDoNotFloat) {
 
 TEST_F(EnvironmentTest, OnlyAMediumMoreViscousThanAirDamps) {
     auto sideways = [&](double viscosity) {
-        EnvironmentFunction function = Medium{.density = 1000.0, .viscosity = viscosity};
+        EnvironmentFunction function = FlatGround{.density = 1000.0, .viscosity = viscosity};
         auto box = Box({0.0, 50.0, 0.0}, glm::dvec3(0.5), 500.0);
         box->linear_velocity = {1.0, 0.0, 0.0};
         DynamicRigidbody body(box, kTick);
@@ -118,7 +93,7 @@ TEST_F(EnvironmentTest, OnlyAMediumMoreViscousThanAirDamps) {
 }
 
 TEST_F(EnvironmentTest, TerrainContactLiftsTheBodyUnlessTheColliderCancelsIt) {
-    EnvironmentFunction function = Medium{};
+    EnvironmentFunction function = FlatGround{};
     int calls = 0;
     auto sunk = Box({0.0, 0.45, 0.0}, glm::dvec3(0.5), 10.0);
     sunk->colliders["shape"].on_contact = [&](game::physics::ContactEvent& contact) {
