@@ -72,7 +72,7 @@ void GraphicsPipeline::Build(Renderpass const* renderpass, VkPipelineViewportSta
     VkPipelineColorBlendAttachmentState blend{};
     blend.blendEnable = config.alphaBlending;
     blend.srcColorBlendFactor = VK_BLEND_FACTOR_SRC_ALPHA;
-    blend.dstColorBlendFactor = VK_BLEND_FACTOR_ONE_MINUS_SRC_ALPHA;
+    blend.dstColorBlendFactor = config.additiveBlending ? VK_BLEND_FACTOR_ONE : VK_BLEND_FACTOR_ONE_MINUS_SRC_ALPHA;
     blend.colorBlendOp = VK_BLEND_OP_ADD;
     blend.srcAlphaBlendFactor = VK_BLEND_FACTOR_SRC_ALPHA;
     blend.dstAlphaBlendFactor = VK_BLEND_FACTOR_ONE_MINUS_SRC_ALPHA;
@@ -81,7 +81,8 @@ void GraphicsPipeline::Build(Renderpass const* renderpass, VkPipelineViewportSta
                            VK_COLOR_COMPONENT_A_BIT;
     VkPipelineColorBlendStateCreateInfo colourBlend{};
     colourBlend.sType = VK_STRUCTURE_TYPE_PIPELINE_COLOR_BLEND_STATE_CREATE_INFO;
-    colourBlend.attachmentCount = 1;
+    // A depth-only pass (a shadow map) has no colour attachment to blend.
+    colourBlend.attachmentCount = renderpass->format == VK_FORMAT_UNDEFINED ? 0 : 1;
     colourBlend.pAttachments = &blend;
 
     VkGraphicsPipelineCreateInfo info{};

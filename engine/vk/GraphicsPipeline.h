@@ -15,6 +15,8 @@ struct GraphicsPipelineConfig {
     VkPrimitiveTopology topology = VK_PRIMITIVE_TOPOLOGY_TRIANGLE_LIST;
     /// Default on: colour = src * srcAlpha + dst * (1 - srcAlpha); alpha likewise.
     bool alphaBlending = true;
+    /// Default off. On, with alphaBlending: colour = src * srcAlpha + dst, for glows that only add light.
+    bool additiveBlending = false;
     /// Default off. On: test and write depth, nearer or equal passes (VK_COMPARE_OP_LESS_OR_EQUAL).
     bool depthTest = false;
     /// Default VK_CULL_MODE_NONE; front faces are counter-clockwise.

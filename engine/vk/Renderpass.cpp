@@ -42,13 +42,17 @@ void Renderpass::Create(Device* device, VkFormat format, unsigned width, unsigne
     this->depth = depth;
     this->loadOp = loadOp;
 
-    std::vector<VkAttachmentDescription> attachments{Attachment(format, loadOp)};
+    bool const hasColour = format != VK_FORMAT_UNDEFINED;
+    std::vector<VkAttachmentDescription> attachments;
+    if (hasColour) {
+        attachments.push_back(Attachment(format, loadOp));
+    }
     VkAttachmentReference colourReference{0, VK_IMAGE_LAYOUT_GENERAL};
-    VkAttachmentReference depthReference{1, VK_IMAGE_LAYOUT_GENERAL};
+    VkAttachmentReference depthReference{hasColour ? 1u : 0u, VK_IMAGE_LAYOUT_GENERAL};
     VkSubpassDescription subpass{};
     subpass.pipelineBindPoint = VK_PIPELINE_BIND_POINT_GRAPHICS;
-    subpass.colorAttachmentCount = 1;
-    subpass.pColorAttachments = &colourReference;
+    subpass.colorAttachmentCount = hasColour ? 1 : 0;
+    subpass.pColorAttachments = hasColour ? &colourReference : nullptr;
     if (depth != nullptr) {
         attachments.push_back(Attachment(depth->info.format, loadOp));
         subpass.pDepthStencilAttachment = &depthReference;

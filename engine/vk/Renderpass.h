@@ -19,7 +19,9 @@ class Image;
 /// wait for it.
 class QUORL_EXPORT Renderpass {
 public:
-    /// flags: kept as given for the caller. depth: may be null; its format comes from its create info.
+    /// flags: kept as given for the caller. depth: may be null; its format comes from its create info. A format of
+    /// VK_FORMAT_UNDEFINED makes a depth-only pass (a shadow map): no colour attachment, and the views are the depth
+    /// view alone.
     Renderpass(Device* device, VkFormat format, unsigned width, unsigned height, unsigned flags, Image const* depth,
         VkAttachmentLoadOp loadOp);
     ~Renderpass();

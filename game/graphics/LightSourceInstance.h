@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace game::graphics {
@@ -50,6 +51,12 @@ public:
         std::lock_guard lock(_sharedObjectsMutex);
         light->_id = TakeFirstFreeSlot<LightSourceInstance>(_sharedObjects, light);
         return light;
+    }
+
+    /// Calls `visit(LightSourceInstance&)` for every live light, under the shared side of the registry.
+    template<class Visit>
+    static void ForEach(Visit&& visit) {
+        ForEachLiveSlot(_sharedObjects, _sharedObjectsMutex, std::forward<Visit>(visit));
     }
 
     /// Power 0 switches the light off and leaves its record as it was. The box is recomputed only when the power

@@ -126,6 +126,13 @@ RenderableInstance::TriangleGeometry::TriangleGeometry(unsigned long vertexCount
     }
 }
 
+void RenderableInstance::TriangleGeometry::CreateNormals() {
+    if (vertices) {
+        vertexNormals = MakeBuffer<glm::vec3>(kGeometryUsage, vertices->count, "TriangleGeometry normals");
+        normals = vertexNormals->address;
+    }
+}
+
 uint64_t RenderableInstance::TriangleGeometry::GetPrimitiveCount() const {
     return vertices ? vertices->count : 0;
 }

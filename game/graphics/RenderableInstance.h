@@ -15,6 +15,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace game::graphics {
@@ -76,6 +77,13 @@ public:
         std::lock_guard lock(_sharedObjectsMutex);
         object->_id = TakeFirstFreeSlot<RenderableInstance>(_sharedObjects, object);
         return object;
+    }
+
+    /// Calls `visit(RenderableInstance&)` for every live instance, under the shared side of the registry: how a
+    /// rendering module walks the world each frame.
+    template<class Visit>
+    static void ForEach(Visit&& visit) {
+        ForEachLiveSlot(_sharedObjects, _sharedObjectsMutex, std::forward<Visit>(visit));
     }
 
     /// Gives the instance one zeroed override record per geometry, named "RenderableData".
@@ -179,8 +187,11 @@ public:
     uint64_t GetIndexCount() const override;
     uint64_t GetPrimitivesAddr() const override;
     uint64_t GetIndicesAddr() const override;
+    /// Gives every vertex a normal, which shaders read at `normals`; nothing for a geometry without vertices.
+    void CreateNormals();
 
     std::shared_ptr<InstanceBuffer<glm::vec3>> vertices;
+    std::shared_ptr<InstanceBuffer<glm::vec3>> vertexNormals;
     std::shared_ptr<InstanceBuffer<unsigned int>> indices32;
     std::shared_ptr<InstanceBuffer<unsigned short>> indices16;
 };

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <shared_mutex>
 #include <vector>
 
 namespace game::graphics {
@@ -19,6 +20,16 @@ size_t TakeFirstFreeSlot(std::vector<std::weak_ptr<T>>& slots, std::shared_ptr<T
     }
     slots.push_back(object);
     return slots.size() - 1;
+}
+
+/// Calls `visit` with every object of the table that is still alive, in slot order, holding the shared side of
+/// `mutex` and a strong reference to the object for the call. `visit` must not make or drop objects of the table.
+template<class T, class Mutex, class Visit>
+void ForEachLiveSlot(std::vector<std::weak_ptr<T>> const& slots, Mutex& mutex, Visit&& visit) {
+    std::shared_lock lock(mutex);
+    for (auto const& slot : slots)
+        if (auto object = slot.lock())
+            visit(*object);
 }
 
 }
