@@ -65,11 +65,15 @@
          " through the module's own network code: whether the link is up",                                             \
          "-", "")                                                                                                      \
     HOOK(Client_Send, void, (unsigned char const* data, unsigned long size),                                           \
-         "Not called by `meridon`. For a launcher with a network: bytes for the module to send to the server",         \
+         "Not called by `meridon`. A client module calls it, for every module, with bytes for the server; the "        \
+         "one that carries the link sends them: MERIDON_link queues them for the server's next "                       \
+         "Server_BeforeUpdate",                                                                                        \
          "-", "")                                                                                                      \
     HOOK(Client_Receive, void, (unsigned char const* data, unsigned long size),                                        \
-         "Not called by `meridon`. For a launcher with a network: bytes that came from the server",                    \
-         "-", "")                                                                                                      \
+         "Bytes that came from the server, handed to every module by the module that carries the link. "               \
+         "MERIDON_link calls it once per packet in its Game_ClientUpdate; its own Client_Receive applies the "         \
+         "entity messages of docs/link-format.md",                                                                     \
+         "game", "")                                                                                                   \
     HOOK(Physics_PlayerPosition, void, (glm::dvec3 & position),                                                        \
          "Not called by `meridon`. For a launcher that asks where the player's body is, in world coordinates",         \
          "-", "")                                                                                                      \

@@ -12,17 +12,24 @@
          "the world's name. Modules are called in no set order: none may count on another's Server_Load having run",   \
          "main", "")                                                                                                   \
     HOOK(Server_PlayerConnected, void, (uint32_t player),                                                              \
-         "Not called by `meridon`, which has no network. For a launcher with one: a player joined",                    \
-         "-", "")                                                                                                      \
+         "A player joined: called not by `meridon` but by the module that carries the players' link. "                 \
+         "MERIDON_link calls it for player 0 in its Game_Ready when this process hosts the server, and its "           \
+         "replication then sends that player every entity anew",                                                       \
+         "main", "")                                                                                                   \
     HOOK(Server_PlayerDisconnected, void, (uint32_t player),                                                           \
-         "Not called by `meridon`. For a launcher with a network: a player left",                                      \
-         "-", "")                                                                                                      \
+         "A player left: called by the module that carries the link, not by `meridon`. MERIDON_link calls it for "     \
+         "player 0 in its Game_Stop",                                                                                  \
+         "main", "")                                                                                                   \
     HOOK(Server_Send, void, (uint32_t player, unsigned char const* data, unsigned long size),                          \
-         "Not called by `meridon`. For a launcher with a network: bytes for the module to send to a player",           \
-         "-", "")                                                                                                      \
+         "Bytes for a player, handed to every module; the one that carries the link to that player sends them "        \
+         "(MERIDON_link for the local player 0). MERIDON_link's replication calls it in its Server_GameUpdate, "       \
+         "once per player with news, with a packet of docs/link-format.md",                                            \
+         "server", "")                                                                                                 \
     HOOK(Server_Receive, void, (uint32_t player, unsigned char const* data, unsigned long size),                       \
-         "Not called by `meridon`. For a launcher with a network: bytes that came from a player",                      \
-         "-", "")                                                                                                      \
+         "Bytes that came from a player, handed to every module by the module that carries the link. "                 \
+         "MERIDON_link calls it for the local player 0 in its Server_BeforeUpdate, with what the client sent "         \
+         "since the previous tick",                                                                                    \
+         "server", "")                                                                                                 \
     HOOK(Server_BeforeUpdate, void, (double deltaSeconds),                                                             \
          "First thing in each server tick, before any entity updates",                                                 \
          "server", "")                                                                                                 \

@@ -9,10 +9,11 @@ source_dir=$1
 build_dir=$2
 scratch_dir=$3
 runs=4000
-targets=(unique_id_parser entity_config_reader save_file_reader formula_parser port_name_parser mesh_reader)
+targets=(unique_id_parser entity_config_reader save_file_reader formula_parser port_name_parser mesh_reader
+  link_packet_decoder)
 # Longer than any seed, short enough that an input stays readable in a report.
 declare -A max_len=([unique_id_parser]=64 [entity_config_reader]=4096 [save_file_reader]=1024 [formula_parser]=64 [port_name_parser]=64
-  [mesh_reader]=4096)
+  [mesh_reader]=4096 [link_packet_decoder]=1024)
 
 if ! command -v clang++ >/dev/null; then
   echo "run_fuzzers: clang++ not found; install the Debian packages clang and libclang-rt-14-dev (scripts/setup)" >&2
