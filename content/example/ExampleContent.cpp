@@ -1,10 +1,10 @@
 // The example module, content side: MERIDON_example.MERIDON_Mod.so. Content modules are listed in Game::_mods
 // (the launcher's "mods"); Game::Start loads them and calls Load, and Game::Stop calls Unload before closing them.
 //
-// This one brings the entity types of the demo world: a crate, a door, a wheel assembly, a light box, and the parts
-// of a rover (body and wheel), of a glider (wing) and a buoy. A type is a config file (the shape: nodes, joints,
-// colliders) with the mesh of the same stem beside it, and a factory of the Interface that gives each entity its
-// behaviour and its own part of the save file.
+// This one brings the entity types of the demo world: a crate, a door, a wheel assembly, a light box, the parts of
+// a rover (body and wheel), a glider wing, a whole glider and a buoy. A type is a config file (the shape: nodes,
+// joints, colliders) with the mesh of the same stem beside it, and a factory of the Interface that gives each entity
+// its behaviour and its own part of the save file.
 
 #include "modules/ServerModuleApi.h"
 
@@ -23,8 +23,8 @@ namespace {
 
 std::string const kModule = "MERIDON_example";
 // Each the stem of a file in the module's entities/ folder.
-char const* const kTypes[] = {"crate",      "door",  "light_box",   "wheel_assembly",
-                              "rover_body", "wheel", "glider_wing", "buoy"};
+char const* const kTypes[] = {"crate", "door",        "light_box", "wheel_assembly", "rover_body",
+                              "wheel", "glider_wing", "glider",    "buoy"};
 
 /// Counts how often the entity has been loaded; the count lives in the entity's save file.
 class ExampleInterface : public ServerSideEntity::Interface {
@@ -38,10 +38,13 @@ public:
     }
     // Runs once the state is read; update passes follow. Entities made by module code are started by it.
     // save_tag is not part of the file: an entity that should outlive this run says so again each time it starts.
-    // Left at 0, the entity is dropped at unload and its file deleted with it.
+    // Left at 0, the entity is dropped at unload and its file deleted with it. Nor is physics_enabled: every type
+    // here is a solid thing that takes part in the physics, wherever its placement puts it.
     void Start() override {
-        if (auto living = entity.lock())
+        if (auto living = entity.lock()) {
             living->save_tag = 1;
+            living->physics_enabled = true;
+        }
     }
     // Requests and syncs travel over the module's own network code; the demo has none.
     void Action(quorl::filesystem::ReadOnlyStream&, unsigned long, std::string const&) override {}

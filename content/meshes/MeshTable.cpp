@@ -69,14 +69,28 @@ std::map<std::string, std::vector<Part>> const kTypes = {
        .material = "paint"},
       {.renderable = "aileron_skin", .collider = "aileron", .shape = Shape::Profile, .toward = Toward::PlusX,
        .material = "signal"}}},
-    // A red float, a white cone over it and the lamp on the cone's tip.
+    // White, with the tail in signal red to be seen against the sky.
+    {"glider",
+     {{.renderable = "hull", .collider = "fuselage", .shape = Shape::Cylinder, .toward = Toward::PlusX,
+       .material = "paint"},
+      {.renderable = "wing_left_skin", .collider = "wing_left", .shape = Shape::Profile, .toward = Toward::PlusX,
+       .material = "paint"},
+      {.renderable = "wing_right_skin", .collider = "wing_right", .shape = Shape::Profile, .toward = Toward::PlusX,
+       .material = "paint"},
+      {.renderable = "tail_skin", .collider = "tail_plane", .shape = Shape::Profile, .toward = Toward::PlusX,
+       .material = "signal"},
+      {.renderable = "fin_skin", .collider = "fin", .shape = Shape::Profile, .toward = Toward::PlusX,
+       .material = "signal"}}},
+    // A red float, a white cone over it and the lamp on the cone's tip, on a metal keel.
     {"buoy",
      {{.renderable = "hull", .collider = "float", .shape = Shape::Cylinder, .toward = Toward::PlusY,
        .material = "signal", .region = Share(0, 0, 0, 1, 0.55f, 1)},
       {.renderable = "hull", .collider = "float", .shape = Shape::Cone, .toward = Toward::PlusY,
        .material = "paint", .region = Share(0.1f, 0.55f, 0.1f, 0.9f, 0.95f, 0.9f)},
       {.renderable = "hull", .collider = "float", .shape = Shape::Cylinder, .toward = Toward::PlusY,
-       .material = "lamp", .region = Share(0.42f, 0.88f, 0.42f, 0.58f, 1, 0.58f)}}},
+       .material = "lamp", .region = Share(0.42f, 0.88f, 0.42f, 0.58f, 1, 0.58f)},
+      {.renderable = "ballast", .collider = "keel", .shape = Shape::Cylinder, .toward = Toward::PlusY,
+       .material = "metal"}}},
 };
 
 }
