@@ -216,10 +216,13 @@ WorldRenderer::Addresses WorldRenderer::WriteRecords(glm::vec3 eye) {
     record.shadowMap = _shadowTexels->address;
 
     std::memcpy(slot.data, &record, sizeof(record));
-    std::memcpy(slot.data + lightsAt, lights.data(), lights.size() * sizeof(LightRecord));
+    // An empty vector may hold no storage at all, and memcpy takes no null pointer even for no bytes.
+    if (!lights.empty())
+        std::memcpy(slot.data + lightsAt, lights.data(), lights.size() * sizeof(LightRecord));
     for (size_t i = 0; i < draws.size(); ++i)
         std::memcpy(slot.data + drawsAt + i * sizeof(DrawRecord), &draws[i].record, sizeof(DrawRecord));
-    std::memcpy(slot.data + instancesAt, instances.data(), instances.size() * sizeof(InstanceRecord));
+    if (!instances.empty())
+        std::memcpy(slot.data + instancesAt, instances.data(), instances.size() * sizeof(InstanceRecord));
     slot.buffer->Flush();
     return {base, base + drawsAt};
 }
