@@ -12,7 +12,6 @@
 #include <glm/gtc/quaternion.hpp>
 
 #include <iostream>
-#include <mutex>
 #include <numbers>
 
 using game::entity::ServerSideEntity;
@@ -46,18 +45,8 @@ void Seed(demo::Placement const& placement) {
     entity->environment = planet::kEnvironmentId;
     entity->dynamic = placement.dynamic;
     entity->linear_velocity = entity->orientation * glm::dvec3(placement.speed, 0.0, 0.0);
-    auto interface = entity->interface;
-    // The type is missing when MERIDON_example is not loaded; the constructor has said so.
-    if (!interface)
-        return;
-    interface->entity = entity;
-    interface->self = interface;
-    interface->id = entity->id;
-    interface->config = entity->config;
-    interface->Start();
-    interface->started = true;
-    std::lock_guard lock(ServerSideEntity::_module_entities_mutex);
-    ServerSideEntity::_module_entities[kExample.String()].push_back(interface);
+    // False when MERIDON_example is not loaded; the constructor has said so.
+    ServerSideEntity::Interface::StartMade(entity);
 }
 
 }

@@ -2,17 +2,19 @@
 // (the launcher's "mods"); Game::Start loads them and calls Load, and Game::Stop calls Unload before closing them.
 //
 // This one brings the entity types of the demo world: a crate, a door, a wheel assembly, a light box, the parts of
-// a rover (body and wheel), a glider wing, a whole glider and a buoy. A type is a config file (the shape: nodes,
-// joints, colliders) with the mesh of the same stem beside it, and a factory of the Interface that gives each entity
-// its behaviour and its own part of the save file.
+// a rover (body and wheel), a glider wing, a whole glider, a buoy and the player's avatar. A type is a config file
+// (the shape: nodes, joints, colliders) with the mesh of the same stem beside it, and a factory of the Interface that
+// gives each entity its behaviour and its own part of the save file.
 
 #include "modules/ServerModuleApi.h"
 
 #include "game/entity/EntityConfig.h"
+#include "game/entity/ClientSideEntity.h"
 #include "game/entity/ServerSideEntityInterface.h"
 
 #include <filesystem>
 
+using game::entity::ClientSideEntity;
 using game::entity::EntityConfig;
 using game::entity::ServerSideEntity;
 
@@ -24,7 +26,7 @@ namespace {
 std::string const kModule = "MERIDON_example";
 // Each the stem of a file in the module's entities/ folder.
 char const* const kTypes[] = {"crate", "door",        "light_box", "wheel_assembly", "rover_body",
-                              "wheel", "glider_wing", "glider",    "buoy"};
+                              "wheel", "glider_wing", "glider",    "buoy",           "avatar"};
 
 /// Counts how often the entity has been loaded; the count lives in the entity's save file.
 class ExampleInterface : public ServerSideEntity::Interface {
@@ -58,18 +60,27 @@ public:
 // Registers the types. Their config files lie beside this library, in whichever folder the launcher found it: the
 // game folder's modules/ or a --module-path folder. The registry knows which (a hook may ask the registry of its
 // own class, but ModuleLoad, which runs with it locked, may not); relative paths start at the game folder.
+// Each type is registered on both sides with one config: the server simulates the entity, and the client's shadow
+// of it (made when the server's entities reach the client) draws its mesh. The client side needs no behaviour of
+// its own, so it takes the base Interface.
 extern "C" void Load() {
     std::filesystem::path const folder = std::filesystem::path(MERIDON_Mod::GetModule(kModule)->path).parent_path();
-    auto& types = ServerSideEntity::_registered_interfaces[quorl::modular::ModuleID(kModule).String()];
+    quorl::modular::ModuleID const module(kModule);
+    auto& serverTypes = ServerSideEntity::_registered_interfaces[module.String()];
+    auto& clientTypes = ClientSideEntity::_registered_interfaces[module.String()];
     for (char const* type : kTypes) {
         auto config = std::make_shared<EntityConfig>((folder / "entities" / (std::string(type) + ".entity")).string());
-        types[type] = {quorl::modular::ModuleID(kModule), type, config,
-                       [] { return std::make_shared<ExampleInterface>(); }};
+        serverTypes[type] = {module, type, config, [] { return std::make_shared<ExampleInterface>(); }};
+        clientTypes[type] = {module, type, config, [] { return std::make_shared<ClientSideEntity::Interface>(); }};
     }
 }
 
-// The factories are code of this library: the types must be gone before it closes. The launcher saves and drops
-// every entity before it stops the game, so no interface of ours outlives the library either.
+// The factories are code of this library, and so is what they made: the types must be gone before it closes, and
+// the client's shadows of our entities with them (the game clears the rest of the client's table only after the
+// content modules have closed). The launcher saves and drops every server entity before it stops the game.
 extern "C" void Unload() {
-    ServerSideEntity::_registered_interfaces.erase(quorl::modular::ModuleID(kModule).String());
+    quorl::modular::ModuleID const module(kModule);
+    ClientSideEntity::RemoveModuleEntities(module);
+    ServerSideEntity::_registered_interfaces.erase(module.String());
+    ClientSideEntity::_registered_interfaces.erase(module.String());
 }

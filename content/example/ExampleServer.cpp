@@ -24,13 +24,8 @@ extern "C" void Server_Load(char const* worldName) {
         return;
     quorl::modular::ModuleID example("MERIDON_example");
     for (char const* type : {"crate", "door"}) {
-        auto entity = game::entity::ServerSideEntity::Create(example, type, game::entity::Id{});
-        if (entity->interface) {
-            entity->interface->entity = entity;
-            entity->interface->id = entity->id;
-            entity->interface->Start();
-            entity->interface->started = true;
-        }
+        game::entity::ServerSideEntity::Interface::StartMade(
+            game::entity::ServerSideEntity::Create(example, type, game::entity::Id{}));
     }
 }
 

@@ -78,16 +78,6 @@ void ClientReplication::Apply(Update const& update) {
 }
 
 void ClientReplication::Apply(Destroy const& destroy) {
-    std::shared_ptr<ClientSideEntity> gone;
-    {
-        std::unique_lock lock(ClientSideEntity::_sharedObjectsMutex);
-        auto found = ClientSideEntity::_sharedObjects.find(destroy.id);
-        if (found == ClientSideEntity::_sharedObjects.end())
-            return;
-        gone = std::move(found->second);
-        ClientSideEntity::_sharedObjects.erase(found);
-    }
-    // Released here, outside the lock: the destructor hands the entity's renderables to the renderer.
+    ClientSideEntity::Remove(destroy.id);
 }
-
 }

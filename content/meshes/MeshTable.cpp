@@ -81,6 +81,14 @@ std::map<std::string, std::vector<Part>> const kTypes = {
        .material = "signal"},
       {.renderable = "fin_skin", .collider = "fin", .shape = Shape::Profile, .toward = Toward::PlusX,
        .material = "signal"}}},
+    // An orange suit under a white helmet with a glass visor facing +X, the way the player looks.
+    {"avatar",
+     {{.renderable = "suit", .collider = "body", .shape = Shape::Cylinder, .toward = Toward::PlusY,
+       .material = "signal", .region = Share(0.1f, 0, 0.1f, 0.9f, 0.8f, 0.9f)},
+      {.renderable = "suit", .collider = "body", .shape = Shape::Box, .material = "paint",
+       .region = Share(0.2f, 0.8f, 0.2f, 0.8f, 1, 0.8f)},
+      {.renderable = "suit", .collider = "body", .shape = Shape::Box, .material = "glass",
+       .region = Share(0.8f, 0.86f, 0.3f, 0.85f, 0.95f, 0.7f)}}},
     // A red float, a white cone over it and the lamp on the cone's tip, on a metal keel.
     {"buoy",
      {{.renderable = "hull", .collider = "float", .shape = Shape::Cylinder, .toward = Toward::PlusY,

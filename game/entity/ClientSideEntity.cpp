@@ -160,6 +160,32 @@ void ClientSideEntity::ClearAll() {
     _registered_interfaces.clear();
 }
 
+bool ClientSideEntity::Remove(Id const& id) {
+    std::shared_ptr<ClientSideEntity> gone;
+    {
+        std::unique_lock lock(_sharedObjectsMutex);
+        auto found = _sharedObjects.find(id);
+        if (found == _sharedObjects.end())
+            return false;
+        gone = std::move(found->second);
+        _sharedObjects.erase(found);
+    }
+    return true;
+}
+
+void ClientSideEntity::RemoveModuleEntities(quorl::modular::ModuleID const& module) {
+    std::vector<std::shared_ptr<ClientSideEntity>> gone;
+    {
+        std::unique_lock lock(_sharedObjectsMutex);
+        std::erase_if(_sharedObjects, [&](auto& entry) {
+            if (entry.second->module != module)
+                return false;
+            gone.push_back(std::move(entry.second));
+            return true;
+        });
+    }
+}
+
 std::shared_ptr<EntityConfig> ClientSideEntity::GetEntityConfig(char const* module, std::string const& type) {
     auto types = _registered_interfaces.find(module);
     if (types == _registered_interfaces.end())

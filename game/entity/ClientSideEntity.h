@@ -56,6 +56,11 @@ public:
     /// Drops every entity, then every registered type: the end of a session, once no module is left to make more.
     /// The entities are destroyed after the lock is released.
     static void ClearAll();
+    /// Drops the entity of this id, if any; false when there was none. Destroyed after the lock is released.
+    static bool Remove(Id const& id);
+    /// Drops every entity of `module`'s types: a module that closes takes along what its factories made, whose
+    /// code goes with it. Destroyed after the lock is released.
+    static void RemoveModuleEntities(quorl::modular::ModuleID const& module);
     /// The shared config of a registered type, read on first use; null when the module or the type is unknown.
     static std::shared_ptr<EntityConfig> GetEntityConfig(char const* module, std::string const& type);
     /// The module that registered `name` as a client entity type; the null id when none did.

@@ -53,19 +53,40 @@ bool ServerSideEntity::Interface::HasRight(std::string const& right, std::string
     return found != granted.end() && found->second;
 }
 
+namespace {
+
+void Bind(std::shared_ptr<ServerSideEntity> const& entity) {
+    auto& interface = entity->interface;
+    interface->entity = entity;
+    interface->self = interface;
+    interface->id = entity->id;
+    interface->config = entity->config;
+}
+
+void StartBound(std::shared_ptr<ServerSideEntity> const& entity) {
+    entity->interface->Start();
+    entity->interface->started = true;
+    std::lock_guard lock(ServerSideEntity::_module_entities_mutex);
+    ServerSideEntity::_module_entities[entity->module.String()].push_back(entity->interface);
+}
+
+}
+
+bool ServerSideEntity::Interface::StartMade(std::shared_ptr<ServerSideEntity> const& entity) {
+    if (!entity->interface)
+        return false;
+    Bind(entity);
+    StartBound(entity);
+    return true;
+}
+
 std::shared_ptr<ServerSideEntity::Interface> ServerSideEntity::Interface::Create(Id id) {
     quorl::filesystem::ReadOnlyStream block(std::vector<unsigned char>{});
     auto entity = ServerSideEntity::Create<ServerSideEntity>(id, block);
     if (auto interface = entity->interface) {
-        interface->entity = entity;
-        interface->self = interface;
-        interface->id = id;
-        interface->config = entity->config;
+        Bind(entity);
         interface->ReadState(block);
-        interface->Start();
-        interface->started = true;
-        std::lock_guard lock(_module_entities_mutex);
-        _module_entities[entity->module.String()].push_back(interface);
+        StartBound(entity);
         return interface;
     }
 

@@ -55,6 +55,9 @@ public:
     /// Restores a saved entity from its state file and starts its interface. Null when the entity's module is not
     /// loaded: the entity is then dropped again and its file left on disk.
     static std::shared_ptr<Interface> Create(Id id);
+    /// Starts an entity that module code made, as loading starts a saved one: binds its interface, runs Start and
+    /// enters it in its module's list. False, and nothing started, when the type's module is not loaded.
+    static bool StartMade(std::shared_ptr<ServerSideEntity> const& entity);
 
     /// Calls BeforeUpdate, Update or AfterUpdate unless the interface has shown that it keeps the empty default.
     void CallBeforeUpdate(double dt) { if (!(_emptySlots & kBeforeUpdate)) BeforeUpdate(dt); }

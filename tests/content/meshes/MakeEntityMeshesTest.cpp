@@ -88,6 +88,6 @@ TEST_P(MakeEntityMeshesTest, MeshesStayWithinTheColliders) {
 
 INSTANTIATE_TEST_SUITE_P(BundledTypes, MakeEntityMeshesTest,
                          testing::Values("crate", "door", "light_box", "wheel_assembly", "rover_body", "wheel",
-                                         "glider_wing", "buoy"));
+                                         "glider_wing", "glider", "buoy", "avatar"));
 
 }

@@ -8,14 +8,13 @@
 #include "game/graphics/Mesh.h"
 #include "game/graphics/PlasmaTrail.h"
 #include "game/graphics/RenderableInstance.h"
+#include "tests/support/FramePicture.h"
 #include "tests/support/GameRendererFixture.h"
 
 #include <glm/ext/matrix_transform.hpp>
 #include <glm/matrix.hpp>
-#include <stb/stb_image.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <set>
@@ -29,18 +28,6 @@ using game::graphics::RenderableInstance;
 namespace {
 
 constexpr game::entity::EnvironmentId kAir = 42;
-
-/// A frame as stb reads its PNG back, RGBA.
-struct Picture {
-    explicit Picture(std::string const& path) : pixels(stbi_load(path.c_str(), &width, &height, &channels, 4)) {}
-    ~Picture() { stbi_image_free(pixels); }
-    glm::vec3 At(int x, int y) const {
-        unsigned char const* p = pixels + (size_t(y) * width + x) * 4;
-        return glm::vec3(p[0], p[1], p[2]) / 255.0f;
-    }
-    int width = 0, height = 0, channels = 0;
-    unsigned char* pixels;
-};
 
 class RenderModuleTest : public GameWithRendererTest {
 protected:
@@ -90,15 +77,8 @@ protected:
     }
 
     /// Renders one frame and keeps it as output/<name>.png.
-    Picture Frame(std::string const& name) {
-        renderer->RenderFrame();
-        vkDeviceWaitIdle(renderer->device->handle);
-        std::filesystem::create_directories(MERIDON_RENDER_OUTPUT);
-        std::string const path = MERIDON_RENDER_OUTPUT "/" + name + ".png";
-        EXPECT_NE(renderer->SaveImage(renderer->CurrentImage(), {renderer->swapchain.width, renderer->swapchain.height},
-                      renderer->swapchain.format, VK_IMAGE_LAYOUT_GENERAL, path, 90, true),
-            0);
-        return Picture(path);
+    FramePicture Frame(std::string const& name) {
+        return RenderAndKeep(*renderer, MERIDON_RENDER_OUTPUT "/" + name + ".png");
     }
 
     /// The view and projection the frame was drawn with.
@@ -134,15 +114,6 @@ protected:
     std::vector<std::shared_ptr<LightSourceInstance>> lights;
 };
 
-/// Within `tolerance` in every channel, 0..1.
-::testing::AssertionResult Near(glm::vec3 seen, glm::vec3 expected, float tolerance) {
-    if (glm::all(glm::lessThanEqual(glm::abs(seen - expected), glm::vec3(tolerance))))
-        return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "saw (" << seen.r * 255 << ", " << seen.g * 255 << ", " << seen.b * 255
-                                         << "), expected (" << expected.r * 255 << ", " << expected.g * 255 << ", "
-                                         << expected.b * 255 << ")";
-}
-
 // The module's quantities reach the pixel through 8-bit channels (half a level) and lavapipe's approximations of
 // exp and pow (well under a level); 3 levels leave room for both and still tell a lit face from its neighbours,
 // which differ by tens of levels.
@@ -177,7 +148,7 @@ TEST_F(RenderModuleTest, CratesInSunlightShowTheirMaterialUnderTheSkyOfTheAir) {
     glm::dvec3 const eye(0.5, 3.0, 5.0);
     Look(eye, {0.5, 0.5, 0.0});
 
-    Picture const picture = Frame("crates");
+    FramePicture const picture = Frame("crates");
     ASSERT_NE(picture.pixels, nullptr);
     ASSERT_EQ(picture.width, int(renderer->swapchain.width));
     render::Lighting const lighting = SceneLighting();
@@ -247,7 +218,7 @@ TEST_F(RenderModuleTest, EveryIndexKindAndOddlyPlacedSixteenBitIndicesPullTheRig
     }
     Look({0, 0, 3}, {0, 0, 0});
 
-    Picture const picture = Frame("index_kinds");
+    FramePicture const picture = Frame("index_kinds");
     ASSERT_NE(picture.pixels, nullptr);
     render::Lighting const lighting = SceneLighting();
     for (int i = 0; i < 3; ++i) {
@@ -267,7 +238,7 @@ TEST_F(RenderModuleTest, ANewSwapchainKeepsTheWorldDrawn) {
     Look({0, 0.5, 3}, {0, 0.5, 0});
     renderer->RenderFrame();
     renderer->ReCreateSwapchain();
-    Picture const picture = Frame("recreated");
+    FramePicture const picture = Frame("recreated");
     ASSERT_NE(picture.pixels, nullptr);
     glm::ivec2 const centre = PixelOf({0, 0.5, 0.5});
     EXPECT_FALSE(Near(picture.At(centre.x, centre.y), render::Sky(SceneLighting(), RayThrough(centre)), 0.1f))
@@ -300,7 +271,7 @@ TEST_F(RenderModuleTest, ACrateShadowsTheGroundAwayFromTheSunAndALampLightsOnlyI
     glm::dvec3 const eye(0, 8, 0);
     Look(eye, {0, 0, 0}, {0, 0, -1});
 
-    Picture const picture = Frame("shadow");
+    FramePicture const picture = Frame("shadow");
     ASSERT_NE(picture.pixels, nullptr);
     render::Lighting const lighting = SceneLighting();
     glm::vec3 const up(0, 1, 0);
