@@ -19,6 +19,7 @@
 #include "game/graphics/GameRenderer.h"
 
 #include <atomic>
+#include <cstdio>
 
 namespace {
 std::atomic<long> framesSeen = 0;
@@ -60,10 +61,11 @@ extern "C" void Renderer_FrameRenderCommands(VkCommandBuffer commands) {
 extern "C" void Renderer_FrameUpdateUi() {
     if (!Game::uiVisible || !modules::UseHostImGui())
         return;
-    ImGui::SetNextWindowPos(ImVec2(10.0f, 10.0f), ImGuiCond_FirstUseEver);
-    ImGui::Begin("MERIDON_example", nullptr, ImGuiWindowFlags_AlwaysAutoResize | ImGuiWindowFlags_NoSavedSettings);
-    ImGui::Text("Game loop passes: %ld", framesSeen.load());
-    ImGui::End();
+    // Drawn over the frame rather than in a window: a window may hold the interface's focus, and while one does the
+    // avatar's keys don't reach the game.
+    char line[64];
+    std::snprintf(line, sizeof line, "MERIDON_example: %ld game loop passes", framesSeen.load());
+    ImGui::GetForegroundDrawList()->AddText(ImVec2(10.0f, 10.0f), IM_COL32(255, 255, 255, 255), line);
 }
 
 // The game loop, once per pass, for modules of the "update" list. The argument is the smoothed frame time in
