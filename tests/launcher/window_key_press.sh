@@ -3,6 +3,7 @@
 # bound to the chat action, and the TEST_input module prints when the controller reports the action pressed.
 # Usage: window_key_press.sh <launcher> <game tree>
 set -uo pipefail
+source "$(dirname "$0")/../support/virtual_display.sh"
 launcher=$1 tree=$2 skip=77
 
 for tool in Xvfb xdotool; do
@@ -18,18 +19,7 @@ cleanup() {
 trap cleanup EXIT
 fail() { echo "FAILED: $1"; cat "$work/out" "$work/err"; exit 1; }
 
-# Xvfb picks a free display itself and writes its number once it accepts clients.
-Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.log" &
-xvfb_pid=$!
-for _ in $(seq 100); do
-  [ -s "$work/display" ] && break
-  kill -0 "$xvfb_pid" 2>/dev/null || break
-  sleep 0.1
-done
-if [ ! -s "$work/display" ]; then
-  echo "SKIPPED: Xvfb could not start a virtual display:"; cat "$work/xvfb.log"; exit $skip
-fi
-export DISPLAY=":$(head -n1 "$work/display")"
+start_virtual_display 1024x768
 
 cd "$tree"
 # X11 and GLFW keep allocations until the process ends; in sanitizer builds the leak checker would blame the

@@ -4,6 +4,7 @@
 # factor that walking speed predicts; then Escape held quits the game cleanly. Skipped, saying why, where no virtual
 # display can start. Usage: window_walk.sh <launcher> <game tree> <ground_edge.js>
 set -uo pipefail
+source "$(dirname "$0")/../../support/virtual_display.sh"
 launcher=$1 tree=$2 measure=$3 skip=77
 world="window-walk-$$"
 
@@ -20,17 +21,7 @@ cleanup() {
 trap cleanup EXIT
 fail() { echo "FAILED: $1"; cat "$work/out" "$work/err"; exit 1; }
 
-Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$work/display" 2>"$work/xvfb.log" &
-xvfb_pid=$!
-for _ in $(seq 100); do
-  [ -s "$work/display" ] && break
-  kill -0 "$xvfb_pid" 2>/dev/null || break
-  sleep 0.1
-done
-if [ ! -s "$work/display" ]; then
-  echo "SKIPPED: Xvfb could not start a virtual display:"; cat "$work/xvfb.log"; exit $skip
-fi
-export DISPLAY=":$(head -n1 "$work/display")"
+start_virtual_display 1280x800
 
 cd "$tree"
 ASAN_OPTIONS="${ASAN_OPTIONS:+$ASAN_OPTIONS:}detect_leaks=0" "$launcher" --world "$world" --seconds 120 \
