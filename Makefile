@@ -10,11 +10,19 @@ CMAKE_FLAGS   := -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DMERIDON_WERROR=$(WE
 HEADLESS_ARGS := $(if $(DISPLAY)$(WAYLAND_DISPLAY),,--seconds 5 --screenshot ../Meridon-data/screenshots/demo.png)
 RUN_ARGS      ?= --world demo $(HEADLESS_ARGS)
 
-# The ThreadSanitizer suite: the launcher with its four loops, the tests that run them together, and the tests of
-# what the loops share (module registries, the settings' reload thread, ids made on many threads, SharedMutex).
+# The game tree the demo runs from: the bundled modules, their meshes and shaders, the library's shaders and font.
+DEMO_GAME_TARGETS := meridon_shaders quorl_font_atlas MERIDON_render_shaders MERIDON_example_meshes \
+                 $(foreach class,MERIDON_Mod GAME_Mod SERVER_Mod,MERIDON_example.$(class)) \
+                 MERIDON_planet.MERIDON_Mod MERIDON_planet.GAME_Mod MERIDON_demo.SERVER_Mod \
+                 MERIDON_link.SERVER_Mod MERIDON_link.GAME_Mod MERIDON_render.GAME_Mod \
+                 MERIDON_player.SERVER_Mod MERIDON_player.GAME_Mod
+
+# The ThreadSanitizer suite: the launcher with its four loops, the tests that run them together (the demo walked in a
+# window among them), and the tests of what the loops share (module registries, the settings' reload thread, ids made
+# on many threads, SharedMutex).
 TSAN_TARGETS  := meridon_launcher meridon_launcher_tests meridon_world_fault_tests meridon_game_tests \
-                 meridon_module_tests quorl_tests quorl_filesystem_tests
-TSAN_TESTS    := Launcher|HookFailure|WorldFault|GameTest|UniqueIdTest|ModuleClassTest|ConfigFileTest|SharedMutex
+                 meridon_module_tests quorl_tests quorl_filesystem_tests $(DEMO_GAME_TARGETS)
+TSAN_TESTS    := Launcher|HookFailure|WorldFault|GameTest|UniqueIdTest|ModuleClassTest|ConfigFileTest|SharedMutex|PlayerWindow
 # Launchers started by the tests print to pipes that the tests keep, so every process writes its reports here.
 TSAN_REPORTS  := $(abspath $(TSAN_BUILD_DIR))/tsan-reports
 

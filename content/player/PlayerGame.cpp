@@ -63,9 +63,10 @@ struct KeyEdges {
 /// The jetpack is switched on and off; while on, the jump binding thrusts. Input loop only.
 bool jetpackOn = false;
 
-/// Seconds since the cursor was captured for mouse look; input loop only.
-double lookCapturedFor = 0.0;
-constexpr double kLookSettleSeconds = 0.25;
+/// The first look reading after the cursor is captured, or after the window regains the focus, is the distance the
+/// pointer was warped, not a movement of the hand. Input loop only.
+bool lookCaptured = false;
+bool lookWarpPending = false;
 
 std::shared_ptr<ClientSideEntity> OwnAvatar() {
     std::shared_ptr<ClientSideEntity> found;
@@ -99,18 +100,19 @@ extern "C" void Input_Update_Play(double deltaSeconds) {
         respawnKey = keys.Pressed(*window, kF10, 2);
     }
 
-    // The first readings after the cursor is captured hold where the pointer was warped from, not a movement.
-    lookCapturedFor = Game::MouseLook() ? lookCapturedFor + deltaSeconds : 0.0;
-    bool const looking = lookCapturedFor > kLookSettleSeconds;
+    bool const captured = Game::MouseLook() && Game::window && Game::window->IsFocused();
+    lookWarpPending |= captured && !lookCaptured;
+    lookCaptured = captured;
+    double yaw = Controller::GetAvatarYaw(), pitch = Controller::GetAvatarPitch();
+    if (lookWarpPending && (yaw != 0.0 || pitch != 0.0)) {
+        lookWarpPending = false;
+        yaw = pitch = 0.0;
+    }
     std::lock_guard lock(shared.mutex);
     auto& input = shared.input;
     // The mouse moved right turns the view right: clockwise seen from above, a falling heading.
-    if (looking) {
-        input.heading = float(std::remainder(input.heading - Controller::GetAvatarYaw() * player::kTurnPerLookUnit,
-                                             2.0 * 3.141592653589793));
-        shared.pitch = std::clamp(shared.pitch - Controller::GetAvatarPitch() * player::kTurnPerLookUnit,
-                                  -player::kMaxPitch, player::kMaxPitch);
-    }
+    input.heading = float(std::remainder(input.heading - yaw * player::kTurnPerLookUnit, 2.0 * 3.141592653589793));
+    shared.pitch = std::clamp(shared.pitch - pitch * player::kTurnPerLookUnit, -player::kMaxPitch, player::kMaxPitch);
     input.sprint = Controller::GetAvatarSprint();
     if (droneKey) {
         shared.drone = !shared.drone;

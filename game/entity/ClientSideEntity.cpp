@@ -43,9 +43,17 @@ constexpr char const* kPlasmaTrailName = "_plasma_trail";
 
 using game::graphics::RenderableInstance;
 
+/// A rendering module walks the instances on the render thread under the registry's shared side, reading their
+/// geometry, flags and transforms: what an entity writes into its instances, from the game loop, it writes under the
+/// exclusive side. Never held across a Make, which takes the same lock.
+std::unique_lock<quorl::SharedMutex> LockInstances() {
+    return std::unique_lock(RenderableInstance::_sharedObjectsMutex);
+}
+
 /// The box of room a light fills, drawn from the box alone: no mesh, no override records.
 std::shared_ptr<RenderableInstance> LightBoxInstance(EntityConfig::LightBox const& lightBox) {
     auto instance = RenderableInstance::Make<RenderableInstance>(kLightBoxHitGroup);
+    auto const lock = LockInstances();
     auto box = std::make_shared<RenderableInstance::AabbGeometry>(1);
     (*box->boxes)[0] = {lightBox.box_min, lightBox.box_max, 0};
     instance->geometries.push_back(box);
@@ -102,6 +110,7 @@ void ClientSideEntity::InitMeshRenderables(std::shared_ptr<const game::graphics:
         return;
     for (auto const& [name, geometries] : mesh->nodes) {
         auto instance = RenderableInstance::Make<RenderableInstance>(kMeshHitGroup);
+        auto const lock = LockInstances();
         // Clones of a mesh instance would share its override records' geometry indices but not the records.
         instance->flags.cloneSource = 0;
         if (!geometries.empty())
@@ -256,6 +265,7 @@ void ClientSideEntity::Ui() {
 
 void ClientSideEntity::SetVisibility(bool visible) {
     this->visible = visible;
+    auto const lock = LockInstances();
     for (auto const& [name, renderable] : renderables)
         renderable->flags.visible = visible;
 }
@@ -280,6 +290,7 @@ void ClientSideEntity::PhysicsStep() {
         glm::dmat4 const inEnvironment = GetAbsoluteTransformInEnvironment();
         if (Game::renderer)
             PlasmaTrailStep(inEnvironment);
+        auto const lock = LockInstances();
         for (auto const& [name, renderable] : renderables) {
             auto const node = node_transforms.find(name);
             if (node == node_transforms.end())
@@ -300,8 +311,10 @@ void ClientSideEntity::PlasmaTrailStep(glm::dmat4 const& inEnvironment) {
         : std::dynamic_pointer_cast<game::graphics::PlasmaTrail>(existing->second);
     double const speed = glm::length(linear_velocity);
     if (!dynamic || !parent.IsNull() || Game::parentEnvironmentId == 0 || !(speed > kPlasmaTrailMinimumSpeed)) {
-        if (trail)
+        if (trail) {
+            auto const lock = LockInstances();
             trail->flags.visible = 0;
+        }
         return;
     }
     if (!trail) {
@@ -313,6 +326,7 @@ void ClientSideEntity::PlasmaTrailStep(glm::dmat4 const& inEnvironment) {
     if (function != Game::_environmentFunctions.end() && function->second)
         medium = function->second(position, game::ENVIRONMENT_BODY, 0.0);
     float const halfWidth = static_cast<float>(1.1 * bounds_radius);
+    auto const lock = LockInstances();
     bool const glows = trail->Set(glm::vec4(glm::vec3(linear_velocity), halfWidth), medium.density,
         medium.liquidDensity);
     trail->flags.visible = glows && visible;
